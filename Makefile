@@ -1,0 +1,26 @@
+# Thin wrapper around CMake. `make` builds, `make test` builds and runs every
+# test twice: once as shipped, once under AddressSanitizer and UBSan.
+BUILD_DIR ?= build
+ASAN_DIR  ?= build-asan
+JOBS      ?= $(shell nproc)
+
+.PHONY: all build test test-plain test-asan clean
+
+all: build
+
+build:
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BUILD_DIR) -j$(JOBS)
+
+test: test-plain test-asan
+
+test-plain: build
+	cd $(BUILD_DIR) && ctest --output-on-failure --no-tests=error -j$(JOBS)
+
+test-asan:
+	cmake -S . -B $(ASAN_DIR) -DCMAKE_BUILD_TYPE=Debug -DVELTRAK_SANITIZE=ON
+	cmake --build $(ASAN_DIR) -j$(JOBS)
+	cd $(ASAN_DIR) && ctest --output-on-failure --no-tests=error -j$(JOBS)
+
+clean:
+	rm -rf $(BUILD_DIR) $(ASAN_DIR)

@@ -1,0 +1,34 @@
+// Console front end: the drive list, the menu loop, disk selection and the
+// screen behind every action number.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "DiskInfo.h"
+
+// The drives accepted by the last scan, in scan order; the number of them;
+// and the one every menu action works on.
+extern std::vector<DiskInfo> DiskList;
+extern int DiskCount;
+extern DiskInfo* SelectedDisk;
+
+// Runs cmd and leaves its standard output in result; false, silently, when
+// the pipe cannot be opened.
+bool shellCmd(const std::string& cmd, std::string& result);
+
+// Rebuilds the drive list from the sedutil scan, keeping only drives whose
+// model begins with an accepted maker prefix, and selects the first one.
+void ScanDisks();
+
+// Clears the screen and draws the banner, the selected drive's summary and
+// the actions its state allows; choiceList receives the numbers offered.
+void ShowMenu(std::vector<int>& choiceList);
+
+// Lists the drives and selects the one whose number is typed; any number
+// that names no drive keeps the selection.
+void SelectDisk();
+
+// The whole program: scan, then the menu loop until an exit. Returns the
+// process exit status: 0, or -1 when no drive was accepted.
+int VeltrakMain();

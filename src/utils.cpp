@@ -1,0 +1,105 @@
+#include "utils.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <iostream>
+
+namespace {
+
+class ShellRunner : public CommandRunner {
+ public:
+  std::string Run(const std::string& queryCmd) override {
+    return GetExecutedResult((queryCmd + " 2>&1").c_str());
+  }
+};
+
+ShellRunner shell_runner;
+CommandRunner* current_runner = &shell_runner;
+
+}  // namespace
+
+void FlushOutput() {
+  std::cout.flush();
+  std::fflush(stdout);
+}
+
+bool ReadCommandOutput(const std::string& cmd, std::string& result) {
+  result.clear();
+  FlushOutput();
+  FILE* pipe = popen(cmd.c_str(), "r");
+  if (pipe == nullptr) return false;
+  // fread rather than fgets: a NUL byte in a tool's output must not cut a chunk.
+  char buffer[4096];
+  size_t got;
+  while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.append(buffer, got);
+  pclose(pipe);
+  return true;
+}
+
+std::string GetExecutedResult(const char* cmd) {
+  std::string result;
+  if (!ReadCommandOutput(cmd, result)) std::cout << "Open Fail" << std::endl;
+  return result;
+}
+
+std::stringstream GetCmdResponse(const std::string& queryCmd) {
+  return std::stringstream(current_runner->Run(queryCmd), std::ios::in | std::ios::out);
+}
+
+CommandRunner* SetCommandRunner(CommandRunner* runner) {
+  CommandRunner* previous = current_runner;
+  current_runner = runner != nullptr ? runner : &shell_runner;
+  return previous == &shell_runner ? nullptr : previous;
+}
+
+std::vector<std::string> ParseItems(const std::string& sourceStr, const std::string& delim) {
+  std::vector<std::string> items;
+  if (sourceStr.empty()) return items;
+  const std::string tmpStr = sourceStr + delim;
+  const size_t size = tmpStr.size();
+  // A 32-bit index, as the splitting rule is defined in 32-bit arithmetic.
+  for (uint32_t i = 0; i < size; ++i) {
+    const size_t pos = tmpStr.find(delim, i);
+    if (pos < size) {
+      std::string item = tmpStr.substr(i, pos - i);
+      if (!item.empty()) items.push_back(std::move(item));
+      i = static_cast<uint32_t>(pos + delim.size() - 1);
+    }
+  }
+  return items;
+}
+
+void PauseForKey() {
+  std::cout << "\nEnter any key to continue...";
+  FlushOutput();
+  std::fgetc(stdin);
+  std::fgetc(stdin);
+}
+
+bool ReadUntilLineWith(std::istream& output, const std::string& phrase, Echo echo) {
+  std::string line;
+  while (std::getline(output, line)) {
+    if (echo == Echo::kShow) std::cout << line << std::endl;
+    if (line.find(phrase) != std::string::npos) return true;
+  }
+  return false;
+}
+
+bool EveryLineHolds(std::istream& output, const std::string& phrase) {
+  bool all = true;
+  std::string line;
+  while (std::getline(output, line)) {
+    if (line.find(phrase) == std::string::npos) all = false;
+  }
+  return all;
+}
+
+void EchoAllLines(std::istream& output) {
+  std::string line;
+  while (std::getline(output, line)) std::cout << line << '\n';
+}
+
+bool FlagAfter(const std::string& line, const std::string& key) {
+  // npos + key.size() wraps round on purpose; substr throws past the end.
+  return line.substr(line.find(key) + key.size(), 1) == "Y";
+}

@@ -1,0 +1,70 @@
+// Command runner: the only place where a command line is executed and its
+// text collected, plus the small line-reading helpers every drive operation
+// uses to judge a tool's answer.
+#pragma once
+
+#include <istream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+// Runs cmd through the shell and returns everything it wrote to standard
+// output. Prints "Open Fail" and returns "" when the pipe cannot be opened.
+std::string GetExecutedResult(const char* cmd);
+
+// Runs a tool command line with standard error folded into standard output
+// (queryCmd + " 2>&1") and returns the whole output positioned at its start.
+// The tool's exit status is deliberately not available: callers judge text.
+std::stringstream GetCmdResponse(const std::string& queryCmd);
+
+// Splits sourceStr into its non-empty items at every whole occurrence of
+// delim; one delim is appended first so the tail becomes an item too.
+// delim must not be empty.
+std::vector<std::string> ParseItems(const std::string& sourceStr, const std::string& delim);
+
+// Runs cmd and leaves in result everything it wrote to standard output.
+// False, silently, only when the pipe cannot be opened.
+bool ReadCommandOutput(const std::string& cmd, std::string& result);
+
+// The seam between drive operations and the shell: GetCmdResponse hands every
+// tool command line (without the " 2>&1" suffix) to the installed runner.
+class CommandRunner {
+ public:
+  virtual ~CommandRunner() = default;
+  // Returns the text the command line printed, standard error included.
+  virtual std::string Run(const std::string& queryCmd) = 0;
+};
+
+// Installs runner for GetCmdResponse (nullptr restores the shell) and returns
+// the one that was installed before.
+CommandRunner* SetCommandRunner(CommandRunner* runner);
+
+// The pause that ends most screens: prints "\nEnter any key to continue..."
+// and reads two characters (the first is normally the newline of the last
+// answer typed).
+void PauseForKey();
+
+// Whether the lines read from a tool's output are also shown to the user.
+enum class Echo { kSilent, kShow };
+
+// Reads lines until one holds phrase and returns true there, leaving later
+// lines unread; false when the output ends first. With Echo::kShow every line
+// read is printed (and flushed) before it is tested.
+bool ReadUntilLineWith(std::istream& output, const std::string& phrase, Echo echo);
+
+// True when every line of the output holds phrase; an output without lines
+// passes, a blank line or a banner fails.
+bool EveryLineHolds(std::istream& output, const std::string& phrase);
+
+// Prints every remaining line of the output, each followed by a newline.
+void EchoAllLines(std::istream& output);
+
+// The flag test of the tools' "Key = Y" listings: true only when the one
+// character right after the first occurrence of key is "Y". When key is
+// absent the position wraps round to key.size() - 1, a quirk kept on purpose;
+// a position beyond the line's end throws std::out_of_range.
+bool FlagAfter(const std::string& line, const std::string& key);
+
+// Flushes everything written so far, so that a child process's output and
+// the dialogue stay in order when standard output is a pipe or a file.
+void FlushOutput();
