@@ -1,0 +1,211 @@
+#include "main.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+
+#include "utils.h"
+
+std::vector<DiskInfo> DiskList;
+int DiskCount = 0;
+DiskInfo* SelectedDisk = nullptr;
+
+namespace {
+
+// --- Reading answers -------------------------------------------------------
+
+// One blank-delimited word; empty when standard input has ended or failed.
+std::string ReadWord() {
+  std::string word;
+  std::cin >> word;
+  return word;
+}
+
+// Yes only for exactly "Y" or "y".
+bool ReadYes() {
+  const std::string word = ReadWord();
+  return word == "Y" || word == "y";
+}
+
+// Leading sign and digits of word as a decimal int, trailing text ignored;
+// nothing when there are no digits or the value does not fit.
+std::optional<int> ToInt(const std::string& word) {
+  try {
+    return std::stoi(word);
+  } catch (const std::logic_error&) {
+    return std::nullopt;
+  }
+}
+
+// The action number. A read that fails (end of input, a non-number, or an
+// input already failed by an earlier answer) counts as 0, the exit, so the
+// loop can never spin on a dead input.
+int ReadActionNumber() {
+  int action = 0;
+  if (!(std::cin >> action)) return 0;
+  return action;
+}
+
+// --- The menu --------------------------------------------------------------
+
+void Offer(std::vector<int>& choiceList, int number, const char* line) {
+  std::cout << line << '\n';
+  choiceList.push_back(number);
+}
+
+void ShowBanner() {
+  const std::string rule(49, '=');
+  std::cout << rule << '\n'
+            << "|                  Veltrak v1.1." << 20051 << "           |" << '\n'
+            << rule << '\n';
+}
+
+void ShowDriveSummary(const DiskInfo& disk) {
+  std::cout << " File Descriptor: " << disk.GetFileDescriptor() << '\n'
+            << " Model Name:      " << disk.GetDeviceName() << '\n'
+            << " Firmware Version:     " << disk.GetFirmware() << '\n'
+            << " OPAL Version:    " << disk.GetOPALVer() << '\n'
+            << " OPAL Support:    " << (disk.GetOPALSupport() ? "Support" : "Not Support") << '\n'
+            << " OPAL Enable:     " << (disk.GetOPALEnable() ? "Enable" : "Disable") << '\n'
+            << " OPAL Locked:     " << (disk.GetOPALLocked() ? "Yes" : "No") << '\n';
+}
+
+// The range actions of an owned drive whose password is held. A partitioned
+// drive speaks of areas, has no address action (5) and has the global-range
+// action (12) instead.
+void OfferRangeActions(const DiskInfo& disk, std::vector<int>& choiceList) {
+  const bool parted = disk.GetParted();
+  std::cout << '\n';
+  if (parted) {
+    Offer(choiceList, 3, "   3.  Look up Logical Block Area");
+    Offer(choiceList, 4, "   4.  Set State of Logical Block Area");
+  } else {
+    Offer(choiceList, 3, "   3.  Look up Locking Range");
+    Offer(choiceList, 4, "   4.  Set State of Locking Range");
+    Offer(choiceList, 5, "   5.  Set Address of Locking Range");
+  }
+  std::cout << '\n';
+  Offer(choiceList, 6, "   6.  Set User's Password");
+  std::cout << '\n';
+  Offer(choiceList, 7, "   7.  Check Access Right of Locking Range");
+  if (parted) {
+    Offer(choiceList, 8, "   8.  Set Previleges to Logical Block Area");
+    Offer(choiceList, 9, "   9.  Remove All Users from Logical Block Area");
+    std::cout << '\n';
+    Offer(choiceList, 12, "   12. Enable/Disble LockingRange 0 (global)");
+    std::cout << '\n';
+  } else {
+    Offer(choiceList, 8, "   8.  Set Previleges to Locking Range");
+    Offer(choiceList, 9, "   9.  Remove All Users from Locking Range");
+    std::cout << '\n';
+  }
+}
+
+void OfferActions(const DiskInfo& disk, std::vector<int>& choiceList) {
+  Offer(choiceList, 0, "   0.  Exit");
+  Offer(choiceList, 1, "   1.  Select Disk");
+  if (disk.GetOPALVer() == 0) return;
+  if (!disk.GetOPALEnable()) {
+    Offer(choiceList, 2, "   2.  Initial this OPAL Device and Set Admin Password (Enable OPAL)");
+    Offer(choiceList, 3, "   3.  Flash Lock");
+    return;
+  }
+  const bool passwordHeld = !disk.GetAdmin1Pwd().empty();
+  if (passwordHeld) {
+    OfferRangeActions(disk, choiceList);
+    Offer(choiceList, 13, "   13. Set MBR Enable or not");
+    Offer(choiceList, 14, "   14. Set/Unset MBR");
+    Offer(choiceList, 15, "   15. Load Pre-Boot Authorization Image");
+    std::cout << '\n';
+    Offer(choiceList, 16, "   16. Disable OPAL (revert)");
+  } else if (disk.GetOPALLocked()) {
+    Offer(choiceList, 11, "   11. Enter Admin1 / SID Password");
+  } else {
+    Offer(choiceList, 11, "   11. Set Admin1 / SID Password");
+  }
+  Offer(choiceList, 17, "   17. Erase All Data");
+  std::cout << '\n';
+}
+
+}  // namespace
+
+bool shellCmd(const std::string& cmd, std::string& result) {
+  return ReadCommandOutput(cmd, result);
+}
+
+void ScanDisks() {
+  DiskList.clear();
+  std::stringstream output = GetCmdResponse("./sedutil-cli -n --scan ");
+  std::string line;
+  while (std::getline(output, line)) {
+    if (line.find("/dev") == std::string::npos) continue;  // banner and closing lines
+    // Columns: device, Opal version, model, firmware, at least two blanks apart.
+    const std::vector<std::string> items = ParseItems(line, "  ");
+    if (items.size() != 4) {
+      std::cout << items.size() << '\n' << "scan error: " << line << '\n';
+      continue;
+    }
+    std::cout << items[0] << '\t' << items[2] << '\t' << items[3] << "\t\t" << items[1] << '\n';
+    if (items[2].find("KVX") == 0) DiskList.push_back(DiskInfo(items[0], items[2], items[3], items[1]));
+    if (items[2].find("ZEP") == 0) DiskList.push_back(DiskInfo(items[0], items[2], items[3], items[1]));
+  }
+  SelectedDisk = DiskList.data();  // null for an empty list; never used then
+  DiskCount = static_cast<int>(DiskList.size());
+}
+
+void ShowMenu(std::vector<int>& choiceList) {
+  FlushOutput();
+  if (std::system("clear") == -1) return;
+  ShowBanner();
+  ShowDriveSummary(*SelectedDisk);
+  std::cout << '\n' << " Action:" << '\n';
+  OfferActions(*SelectedDisk, choiceList);
+  std::cout << std::string(49, '-') << '\n';
+}
+
+void SelectDisk() {
+  std::cout << " * Disk list:" << '\n';
+  for (int i = 0; i < DiskCount; ++i) {
+    std::cout << "    " << i << ". " << DiskList[i].GetFileDescriptor() << ", "
+              << DiskList[i].GetDeviceName() << '\n';
+  }
+  std::cout << "Select a disk by number: ";
+  int number = 0;  // a non-number stores 0 and so selects the first drive
+  std::cin >> number;
+  // Only numbers that name a drive select it; a negative number names none
+  // and is refused like any number past the end.
+  if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
+}
+
+int VeltrakMain() {
+  ScanDisks();
+  if (DiskCount == 0) {
+    std::cout << "No disks found" << std::endl;
+    return -1;
+  }
+  bool endProcess = false;
+  while (!endProcess) {
+    SelectedDisk->UpdateOPALStatus();
+    std::vector<int> choiceList;
+    ShowMenu(choiceList);
+    std::cout << "Enter action number: ";
+    int action = ReadActionNumber();
+    if (std::find(choiceList.begin(), choiceList.end(), action) == choiceList.end()) {
+      std::cout << "Unsupported action" << std::endl;
+      action = 0;
+    }
+    switch (action) {
+      case 0:
+        endProcess = true;
+        break;
+      case 1:
+        SelectDisk();
+        break;
+      default:
+        break;
+    }
+  }
+  return 0;
+}
