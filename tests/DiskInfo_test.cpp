@@ -57,6 +57,13 @@ TEST(DiskInfoTest, QueryFlagsComeFromTheLineAfterLockingFunction) {
   EXPECT_FALSE(disk.GetOPALLocked());
   EXPECT_TRUE(disk.GetOPALEnable());
 
+  runner.Reply(QueryText("/dev/sdb", false, false, true));
+  EXPECT_TRUE(disk.UpdateOPALStatus());
+  EXPECT_TRUE(disk.GetOPALSupport());
+  EXPECT_FALSE(disk.GetOPALEnable());
+  runner.Reply(QueryText("/dev/sdb", false, true, true));
+  disk.UpdateOPALStatus();
+
   // Without the header line the flags keep their values.
   runner.Reply("Invalid or unsupported disk /dev/sdb\n");
   EXPECT_FALSE(disk.UpdateOPALStatus());
@@ -93,6 +100,19 @@ TEST(DiskInfoTest, RangeListingBuildsTheRanges) {
   EXPECT_EQ(ranges[2].GetAlias(), "");
 }
 
+TEST(DiskInfoTest, DriveNotEnabledKeepsItsLastRanges) {
+  RecordingRunner runner;
+  DiskInfo disk = EnabledDrive(runner, "pw");
+  runner.Reply(RangesText("/dev/sda", {{0, 0, 0}, {1, 8, 8}}));
+  disk.UpdateLockingRangesStatus();
+  runner.Reply(QueryText("/dev/sda", false, false));
+  disk.UpdateOPALStatus();
+  const size_t commands = runner.commands.size();
+  EXPECT_TRUE(disk.UpdateLockingRangesStatus());
+  EXPECT_EQ(runner.commands.size(), commands);
+  EXPECT_EQ(disk.GetLRInfo().size(), 2u);
+}
+
 TEST(DiskInfoTest, RangeListingFailures) {
   RecordingRunner runner;
   DiskInfo disk = EnabledDrive(runner, "pw");
@@ -112,11 +132,17 @@ TEST(DiskInfoTest, RangeListingFailures) {
             "list lockingranges error: LR2 Begin 8 for\n\nEnter any key to continue...");
   EXPECT_TRUE(disk.GetLRInfo().empty());
 
-  // Numbers are converted unguarded: past 32 bits the program ends.
-  runner.Reply("LR1 Begin 2147483648 for 8\n");
+  // Numbers are converted as signed 32-bit values, unguarded: past that the
+  // program ends, whether in the start or in the length.
+  const std::string flags = "            RLKEna = N  WLKEna = N  RLocked = N  WLocked = N \n";
+  runner.Reply("LR1 Begin 2147483648 for 8\n" + flags);
   EXPECT_THROW(disk.UpdateLockingRangesStatus(), std::out_of_range);
+  runner.Reply("LR1 Begin 8 for 2147483648\n" + flags);
+  EXPECT_THROW(disk.UpdateLockingRangesStatus(), std::out_of_range);
+  runner.Reply("LR1 Begin 2147483647 for 8\n" + flags);
+  EXPECT_TRUE(disk.UpdateLockingRangesStatus());
   // A negative start is widened with its sign.
-  runner.Reply("LR1 Begin -8 for 8\n RLKEna = N  WLKEna = N  RLocked = N  WLocked = N \n");
+  runner.Reply("LR1 Begin -8 for 8\n" + flags);
   EXPECT_TRUE(disk.UpdateLockingRangesStatus());
   EXPECT_EQ(disk.GetLRInfo()[0].GetStartLocation(), 18446744073709551608u);
 }
@@ -156,7 +182,7 @@ TEST(ScanDisksTest, AcceptsOnlyTheTwoMakersAndReportsBadLines) {
   EXPECT_EQ(DiskList[1].GetOPALVer(), 2u);
   EXPECT_NE(echo.find("/dev/sda\tKVX 480GB\tSBFK71F3\t\t2\n"), std::string::npos);
   EXPECT_NE(echo.find("/dev/sdb\tOther Maker 500GB\tEMT01B6Q\t\t 12\n"), std::string::npos);
-  EXPECT_NE(echo.find("5\nscan error: /dev/sdc  2  one  two  three\n"), std::string::npos);
+  EXPECT_NE(echo.find("\n5\nscan error: /dev/sdc  2  one  two  three\n"), std::string::npos);
 
   runner.Reply("Scanning for Opal compliant disks\n/dev/sda    2   KVX odd padding  F1\n");
   testing::internal::CaptureStdout();
