@@ -24,3 +24,19 @@ test-asan:
 
 clean:
 	rm -rf $(BUILD_DIR) $(ASAN_DIR)
+
+# `make package` builds the Debian package $(PKG_DIR)/veltrak_<version>_<arch>.deb
+# in a tree of its own, without the tests. Needs dpkg-dev and file.
+PKG_DIR ?= build-pkg
+
+.PHONY: package clean-package
+
+package:
+	cmake -S . -B $(PKG_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRAK_TESTS=OFF
+	cmake --build $(PKG_DIR) -j$(JOBS)
+	cd $(PKG_DIR) && cpack -G DEB
+
+clean: clean-package
+
+clean-package:
+	rm -rf $(PKG_DIR)
