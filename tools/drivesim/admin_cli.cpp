@@ -92,7 +92,8 @@ std::string AddProblem(SimState& state, const std::vector<std::string>& args) {
   if (psid.size() != 32 || psid.find_first_not_of("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ") != std::string::npos) {
     return "a PSID is 32 digits and capital letters";
   }
-  if (args.size() == 7 && (args[6].find_first_not_of("0123456789") != std::string::npos || args[6].size() > 18)) {
+  if (args.size() == 7 &&
+      (args[6].empty() || args[6].size() > 18 || args[6].find_first_not_of("0123456789") != std::string::npos)) {
     return "BLOCKS is a number of 512-byte blocks";
   }
   return "";

@@ -198,6 +198,7 @@ ParsedLines SectionsOf(const std::string& text) {
   std::istringstream lines(text);
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();  // saved by a DOS editor
     const std::string trimmed = Trimmed(line);
     if (trimmed.empty() || trimmed[0] == '#') continue;
     if (trimmed.front() == '[') {
