@@ -40,3 +40,18 @@ clean: clean-package
 
 clean-package:
 	rm -rf $(PKG_DIR)
+
+# `make demo` starts Veltrak in $(DEMO_DIR) on simulated drives, kept as the
+# last run left them; `make demo-reset` puts the demo's drives back.
+DEMO_DIR ?= demo
+
+.PHONY: demo demo-reset demo-dir
+
+demo-dir: build
+	tools/demo/prepare.sh $(DEMO_DIR) $(BUILD_DIR)
+
+demo: demo-dir
+	cd $(DEMO_DIR) && PATH="$(abspath $(DEMO_DIR))/bin:$$PATH" $(abspath $(BUILD_DIR))/veltrak
+
+demo-reset: demo-dir
+	cd $(DEMO_DIR) && ./drivesim reset
