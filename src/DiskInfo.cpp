@@ -106,3 +106,265 @@ bool DiskInfo::UpdateLockingRangesStatus() {
   }
   return true;
 }
+
+namespace {
+
+const std::string kLantivo = "./Lantivo ";
+const std::string kAccessPhrase = "can access Locking Range";
+
+// Runs a tool command line and reads its output up to the first line that
+// holds phrase; whether it was found is the operation's verdict.
+bool RunUntilLineWith(const std::string& command, const std::string& phrase, Echo echo) {
+  std::stringstream output = GetCmdResponse(command);
+  return ReadUntilLineWith(output, phrase, echo);
+}
+
+// The success phrase of sedutil's range reports, bound to the range number
+// so that a report about another range does not count.
+std::string RangePhrase(uint32_t index, const std::string& suffix) {
+  return "LockingRange" + std::to_string(index) + suffix;
+}
+
+// Opal user authorities are always named with a fixed three-zero prefix.
+std::string OpalUserName(uint32_t index) { return "User000" + std::to_string(index); }
+
+// The companion tool's command sequence that puts a range into a protection
+// mode; empty for a mode that is not one of "RW", "RO", "LK".
+std::vector<std::string> ProtectionModeCommands(uint32_t index, const std::string& status,
+                                                const std::string& password,
+                                                const std::string& device) {
+  const std::string range = std::to_string(index) + " ";
+  const std::string enable = kLantivo + "--enableLockingRange " + range + password;
+  const std::string disable = kLantivo + "--disableLockingRange " + range + password;
+  const std::string set = kLantivo + "--setLockingRange " + range;
+  const std::string tail = password + " " + device;
+  if (status == "RW") return {disable + " RW " + device, set + "N N " + tail};
+  if (status == "RO") {
+    return {disable + " R " + device, enable + " W " + device, set + "N Y " + tail};
+  }
+  if (status == "LK") return {enable + " RW " + device, set + "Y Y " + tail};
+  return {};
+}
+
+// The ranges a row of apply_table marks, as "LR0 LR2 ", or "N/A" for none.
+std::string RangesOfRow(size_t row) {
+  std::string ranges;
+  // Status lines beyond the matrix's last row have no marks to show.
+  if (row < kApplyTableRows) {
+    for (int column = 0; column < kApplyTableColumns; ++column) {
+      if (apply_table[row][column] == 1) ranges += "LR" + std::to_string(column) + " ";
+    }
+  }
+  return ranges.empty() ? "N/A" : ranges;
+}
+
+// Marks the first rows of a column, one per name of an access-list line.
+// Names beyond the tenth and ranges beyond the ninth fall outside the matrix
+// and are ignored.
+void MarkAccessList(const std::string& line, size_t column) {
+  const std::vector<std::string> parts = ParseItems(line, kAccessPhrase);
+  // An empty line has no parts at all: it names nobody.
+  if (parts.empty() || column >= kApplyTableColumns) return;
+  const size_t names = ParseItems(parts[0], " ").size();
+  for (size_t row = 0; row < names && row < kApplyTableRows; ++row) apply_table[row][column] = 1;
+}
+
+void PrintNames(const std::vector<std::string>& names) {
+  for (const std::string& name : names) std::cout << "  " << name;
+  std::cout << "\n";
+}
+
+}  // namespace
+
+bool DiskInfo::SetupLockingRange(uint32_t index, uint64_t startLocation, uint64_t length) {
+  if (OpalInactive()) return true;
+  return RunUntilLineWith(kSedutil + "--setupLockingRange " + std::to_string(index) + " " +
+                              std::to_string(startLocation) + " " + std::to_string(length) + " " +
+                              m_Admin1Pwd + " " + m_FileDescriptor,
+                          RangePhrase(index, " reKeyed"), Echo::kShow);
+}
+
+bool DiskInfo::SetLockingRangeStatus(uint32_t index, const std::string& status) {
+  if (OpalInactive()) return true;
+  // Any reported state counts: the phrase stops at "set to ".
+  return RunUntilLineWith(kSedutil + "--setLockingRange " + std::to_string(index) + " " + status +
+                              " " + m_Admin1Pwd + " " + m_FileDescriptor,
+                          RangePhrase(index, " set to "), Echo::kSilent);
+}
+
+bool DiskInfo::EnableLockingRange(uint32_t index, bool enable) {
+  if (OpalInactive()) return true;
+  const std::string operands = std::to_string(index) + " " + m_Admin1Pwd + " " + m_FileDescriptor;
+  if (enable) {
+    return RunUntilLineWith(kSedutil + "--enableLockingRange " + operands,
+                            RangePhrase(index, " enabled ReadLocking,WriteLocking"), Echo::kSilent);
+  }
+  return RunUntilLineWith(kSedutil + "--disableLockingRange " + operands,
+                          RangePhrase(index, " disabled"), Echo::kSilent);
+}
+
+bool DiskInfo::SetLockingRangeStatus_TCG_V2_5(uint32_t index, const std::string& status,
+                                              uint32_t enable) {
+  // Only enabling acts; any other request is a silent success.
+  if (OpalInactive() || enable != 1) return true;
+  for (const std::string& command :
+       ProtectionModeCommands(index, status, m_Admin1Pwd, m_FileDescriptor)) {
+    std::stringstream output = GetCmdResponse(command);
+    // Nothing is undone: an earlier command's change stays on the drive.
+    if (!EveryLineHolds(output, "success")) return false;
+  }
+  return true;
+}
+
+bool DiskInfo::EnableUser(uint32_t index) {
+  if (OpalInactive()) {
+    std::cout << "WTF" << std::endl;
+    return true;
+  }
+  if (index > 9) return true;
+  return RunUntilLineWith(
+      kSedutil + "--enableUser " + m_Admin1Pwd + " " + OpalUserName(index) + " " + m_FileDescriptor,
+      "has been enabled", Echo::kShow);
+}
+
+bool DiskInfo::SetUserPwd(uint32_t index, const std::string& password) {
+  if (OpalInactive()) return true;
+  if (index > 9) return false;
+  return RunUntilLineWith(kSedutil + "--setPassword " + m_Admin1Pwd + " " + OpalUserName(index) +
+                              " " + password + " " + m_FileDescriptor,
+                          "password changed", Echo::kSilent);
+}
+
+bool DiskInfo::SetPrevilege2LR(uint32_t index, std::string users) {
+  // The tool's report is not read: a grant always counts as done.
+  GetCmdResponse(kLantivo + "--Add_ACE_Locking_range " + m_FileDescriptor + " " + m_Admin1Pwd +
+                 " " + std::to_string(index) + " " + users);
+  return true;
+}
+
+bool DiskInfo::RemoveAllUserFromLR(uint32_t index) {
+  if (OpalInactive()) return true;
+  if (index > 8) return false;
+  GetCmdResponse(kLantivo + "--Delete_AllUser_ACE_Locking_range " + m_FileDescriptor + " " +
+                 m_Admin1Pwd + " " + std::to_string(index));
+  return true;
+}
+
+bool DiskInfo::ListAccessSetting() const { return true; }
+
+bool DiskInfo::SetAccessSetting(uint32_t, bool, std::vector<uint32_t>&) { return true; }
+
+bool DiskInfo::DisableOPAL() {
+  // Each step runs whatever the one before it printed.
+  GetCmdResponse(kSedutil + "--disableLockingRange 0 " + m_Admin1Pwd + " " + m_FileDescriptor);
+  GetCmdResponse(kSedutil + "--revertNoErase " + m_Admin1Pwd + " " + m_FileDescriptor);
+  GetCmdResponse(kSedutil + "--revertTPer " + m_SIDPwd + " " + m_FileDescriptor);
+  return true;
+}
+
+bool DiskInfo::RevertSSD() {
+  std::stringstream output =
+      GetCmdResponse(kSedutil + "--revertTPer " + m_SIDPwd + " " + m_FileDescriptor);
+  EchoAllLines(output);
+  return true;
+}
+
+bool DiskInfo::EraseAllData(const std::string& yourPSID) {
+  std::stringstream output =
+      GetCmdResponse(kSedutil + "--yesIreallywanttoERASEALLmydatausingthePSID " + yourPSID + " " +
+                     m_FileDescriptor);
+  // Only the first line decides; a warning before the report means failure.
+  std::string first;
+  std::getline(output, first);
+  return first.find("successfully") != std::string::npos;
+}
+
+bool DiskInfo::RunShadowMBRCommand(const std::string& command, Echo echo) {
+  if (OpalInactive()) return true;
+  std::stringstream output = GetCmdResponse(command);
+  if (echo == Echo::kShow) EchoAllLines(output);
+  return false;
+}
+
+bool DiskInfo::EnableMBR() {
+  return RunShadowMBRCommand(kSedutil + "--setMBREnable ON " + m_Admin1Pwd + " " + m_FileDescriptor,
+                             Echo::kSilent);
+}
+
+bool DiskInfo::DisableMBR() {
+  return RunShadowMBRCommand(
+      kSedutil + "--setMBREnable OFF " + m_Admin1Pwd + " " + m_FileDescriptor, Echo::kSilent);
+}
+
+bool DiskInfo::SetMBR() {
+  return RunShadowMBRCommand(kSedutil + "--setMBRDone ON " + m_Admin1Pwd + " " + m_FileDescriptor,
+                             Echo::kShow);
+}
+
+bool DiskInfo::UnSetMBR() {
+  return RunShadowMBRCommand(kSedutil + "--setMBRDone OFF " + m_Admin1Pwd + " " + m_FileDescriptor,
+                             Echo::kShow);
+}
+
+bool DiskInfo::LoadImage(std::string file) {
+  if (file == "default") file = "PBA.img";
+  return RunShadowMBRCommand(
+      kSedutil + "--loadPBAimage " + m_Admin1Pwd + " " + file + " " + m_FileDescriptor,
+      Echo::kShow);
+}
+
+bool DiskInfo::OPAL_ScanResult() {
+  std::stringstream output = GetCmdResponse(kLantivo + "--scan ");
+  EchoAllLines(output);
+  return true;
+}
+
+std::string DiskInfo::AccessListCommand(uint32_t range) const {
+  return kLantivo + "--list_User_ACE_Locking_range " + m_FileDescriptor + " " + m_Admin1Pwd + " " +
+         std::to_string(range);
+}
+
+bool DiskInfo::ListAccessRight() const {
+  for (size_t i = 0; i < m_LR.size(); ++i) {
+    const bool partition = i < part_number;
+    // Partitions ask range i + 1; the positions after them ask i again.
+    const uint32_t range = static_cast<uint32_t>(partition ? i + 1 : i);
+    std::stringstream output = GetCmdResponse(AccessListCommand(range));
+    std::string line;
+    while (std::getline(output, line)) {
+      const std::vector<std::string> parts = ParseItems(line, kAccessPhrase);
+      if (parts.size() != 2) {
+        std::cout << "list lockingranges error: " << line << std::endl;
+        PauseForKey();
+        return false;
+      }
+      if (part_number == 0) {
+        std::cout << "Access Right of Locking Range " << parts[1] << " :   ";
+        PrintNames(ParseItems(parts[0], " "));
+      } else if (partition) {
+        const int number = std::stoi(parts[1]);
+        std::cout << number << ", Access Right of " << PartitionName(number) << " :  ";
+        PrintNames(ParseItems(parts[0], " "));
+      }
+    }
+  }
+  return true;
+}
+
+bool DiskInfo::ListUserStatus() const {
+  for (size_t i = 0; i < m_LR.size(); ++i) {
+    std::stringstream output = GetCmdResponse(AccessListCommand(static_cast<uint32_t>(i)));
+    std::string line;
+    while (std::getline(output, line)) MarkAccessList(line, i);
+  }
+  // The tool wants the password before the device here, unlike every other command.
+  std::stringstream status =
+      GetCmdResponse(kLantivo + "--ListUserStatus " + m_Admin1Pwd + " " + m_FileDescriptor);
+  std::string line;
+  // Row 0 belongs to the Admin1 authority, which has no status line.
+  for (size_t row = 1; std::getline(status, line); ++row) {
+    std::cout << line << ", " << RangesOfRow(row) << "\n";
+  }
+  std::cout << "----------------------------" << std::endl;
+  return true;
+}

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "LockingRangeInfo.h"
+#include "utils.h"
 
 // One partition's bounds, as decimal strings.
 struct L_Part {
@@ -159,4 +160,9 @@ class DiskInfo {
   // The device name of partition number in partition mode: the prefix, "p"
   // for NVMe names, then the number ("/dev/sdb1", "/dev/nvme0n1p1").
   std::string PartitionName(int64_t number) const;
+  // The shadow-MBR family's shape: true, sending nothing, when Opal is
+  // inactive; else runs command and reports false whatever it printed.
+  bool RunShadowMBRCommand(const std::string& command, Echo echo);
+  // The companion tool's access-list command for one range.
+  std::string AccessListCommand(uint32_t range) const;
 };
