@@ -12,7 +12,7 @@ build:
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(BUILD_DIR) -j$(JOBS)
 
-test: test-plain test-asan
+test: test-plain test-asan fuzz
 
 test-plain: build
 	cd $(BUILD_DIR) && ctest --output-on-failure --no-tests=error -j$(JOBS)
@@ -55,3 +55,20 @@ demo: demo-dir
 
 demo-reset: demo-dir
 	cd $(DEMO_DIR) && ./drivesim reset
+
+# `make fuzz` builds the libFuzzer targets with clang in $(FUZZ_DIR) and runs
+# each for $(FUZZ_SECONDS) seconds from the seed corpus in fuzz/corpus/.
+FUZZ_DIR     ?= build-fuzz
+FUZZ_SECONDS ?= 8
+
+.PHONY: fuzz clean-fuzz
+
+fuzz:
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRAK_FUZZ=ON -DVELTRAK_TESTS=OFF
+	cmake --build $(FUZZ_DIR) -j$(JOBS) --target fuzzers
+	fuzz/run.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+
+clean: clean-fuzz
+
+clean-fuzz:
+	rm -rf $(FUZZ_DIR)
