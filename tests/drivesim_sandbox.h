@@ -3,16 +3,17 @@
 // its command lines as Veltrak and an operator do.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 class SimSandbox {
  public:
@@ -36,15 +37,13 @@ class SimSandbox {
   SimSandbox(const SimSandbox&) = delete;
   SimSandbox& operator=(const SimSandbox&) = delete;
 
-  // Runs a shell command line in the directory, standard input closed.
+  // Runs a shell command line in the directory; standard input is closed
+  // unless the command line redirects it.
   Result Run(const std::string& command_line) const {
-    const std::string command = "cd '" + dir_ + "' && " + command_line + " > .out 2>&1 < /dev/null";
+    const std::string command = "cd '" + dir_ + "' && { " + command_line + "; } > .out 2>&1 < /dev/null";
     const int status = std::system(command.c_str());
     return {Read(".out"), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
   }
-
-  // The admin view of one drive, which tests read instead of the state file.
-  std::string Show(const std::string& device) const { return Run("./drivesim show " + device).output; }
 
   std::string Read(const std::string& name) const {
     std::ifstream file(dir_ + "/" + name, std::ios::binary);
@@ -63,15 +62,10 @@ class SimSandbox {
   std::string dir_;
 };
 
-// The blank-separated words of the first line of text that starts, after
-// its indentation, with key; empty when there is none.
-inline std::vector<std::string> WordsOfLine(const std::string& text, const std::string& key) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream words(line);
-    std::vector<std::string> found;
-    for (std::string word; words >> word;) found.push_back(word);
-    if (!found.empty() && found[0] == key) return found;
-  }
-  return {};
+// Whether `drivesim show device`, each run of blanks squeezed to one,
+// holds text; a failure prints the whole state.
+inline ::testing::AssertionResult Shows(const SimSandbox& sim, const std::string& device, const std::string& text) {
+  const std::string shown = std::regex_replace(sim.Run("./drivesim show " + device).output, std::regex(" +"), " ");
+  if (shown.find(text) != std::string::npos) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "no \"" << text << "\" in:\n" << shown;
 }

@@ -110,8 +110,6 @@ int Add(const std::vector<std::string>& args) {
   });
 }
 
-const char* YesNo(bool flag) { return flag ? "Y" : "N"; }
-
 void ShowRanges(const Drive& drive) {
   std::cout << "  Range  Start        Length       RLKEna  WLKEna  RLocked  WLocked  Key  May lock\n";
   for (int r = 0; r < kRangeCount; ++r) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -10,6 +11,7 @@
 
 constexpr int kRangeCount = 9;  // LR0 (global) to LR8
 constexpr int kUserCount = 9;   // User1 to User9
+constexpr std::size_t kPasswordLimit = 32;  // bytes of a password a drive keeps
 
 struct LockingRange {
   uint64_t start = 0;
@@ -55,6 +57,9 @@ struct SimState {
   std::string failNext;
   std::vector<Drive> drives;
 };
+
+// How every listing writes a flag.
+inline const char* YesNo(bool flag) { return flag ? "Y" : "N"; }
 
 // A drive as it leaves the factory: not owned, Locking SP inactive.
 Drive FactoryDrive(const std::string& device, const std::string& opal, const std::string& model,

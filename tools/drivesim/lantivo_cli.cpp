@@ -35,7 +35,7 @@ Drive* OpenDrive(Call& call, const std::string& device) {
 
 bool Authenticate(Call& call, const Drive& drive, const std::string& password) {
   if (!drive.lockingActive) return Fail("the Locking SP of " + drive.device + " is not activated");
-  if (TakeInjectedFailure(call.state, call.command) || password.substr(0, 32) != drive.admin1Password) {
+  if (TakeInjectedFailure(call.state, call.command) || password.substr(0, kPasswordLimit) != drive.admin1Password) {
     return Fail("Admin1 authentication failed on " + drive.device);
   }
   return true;

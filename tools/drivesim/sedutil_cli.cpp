@@ -16,7 +16,6 @@ constexpr int kInvalidParameter = 12;
 constexpr int kGlobalRangeRefused = 129;
 constexpr int kImageMissing = 132;
 constexpr int kCommandLineError = 136;
-constexpr size_t kPasswordLimit = 32;
 constexpr uint64_t kPbaChunk = 16384;
 
 struct Call {
@@ -97,8 +96,6 @@ int InvalidOperand(const Call& call, const std::string& typed) {
   std::cerr << "Invalid argument " << typed << " for --" << call.command << "\n";
   return kCommandLineError;
 }
-
-const char* YesNo(bool flag) { return flag ? "Y" : "N"; }
 
 // --- commands ------------------------------------------------------------
 

@@ -18,8 +18,6 @@ const char* const kHeader =
     "# drivesim state: the simulated drives, one [device] section each.\n"
     "# Written by drivesim after every change; `drivesim show` prints it readably.\n";
 
-const char* YesNo(bool flag) { return flag ? "Y" : "N"; }
-
 std::string RangeText(const LockingRange& range) {
   std::ostringstream text;
   text << "start " << range.start << " length " << range.length << " RLKEna " << YesNo(range.readLockEnabled)
