@@ -49,6 +49,11 @@ Drive* FindDrive(SimState& state, const std::string& device) {
   return nullptr;
 }
 
+int UserNumber(const std::string& name) {
+  const bool valid = name.size() == 5 && name.compare(0, 4, "User") == 0 && name[4] >= '1' && name[4] <= '9';
+  return valid ? name[4] - '0' : 0;
+}
+
 bool SupportsOpal(const Drive& drive) { return drive.opal != "No"; }
 
 bool IsOwned(const Drive& drive) { return drive.sidPassword != drive.msid; }

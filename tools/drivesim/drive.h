@@ -58,6 +58,9 @@ struct SimState {
   std::vector<Drive> drives;
 };
 
+// 1 to 9 for "User1" to "User9", the names access lists use; 0 otherwise.
+int UserNumber(const std::string& name);
+
 // How every listing writes a flag.
 inline const char* YesNo(bool flag) { return flag ? "Y" : "N"; }
 

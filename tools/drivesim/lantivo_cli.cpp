@@ -57,16 +57,18 @@ int RangeNumber(const std::string& typed) {
 
 // "Y" or "N" (any case) into flag; false after the failure line.
 bool LockFlag(const std::string& typed, bool& flag) {
-  if (!EqualsIgnoringCase(typed, "Y") && !EqualsIgnoringCase(typed, "N")) return Fail("lock flag " + typed + " is not Y or N");
+  if (!EqualsIgnoringCase(typed, "Y") && !EqualsIgnoringCase(typed, "N")) {
+    return Fail("lock flag " + typed + " is not Y or N");
+  }
   flag = EqualsIgnoringCase(typed, "Y");
   return true;
 }
 
 // User1 to User9, else 0 after the failure line.
-int UserNumber(const std::string& name) {
-  if (name.size() == 5 && name.compare(0, 4, "User") == 0 && name[4] >= '1' && name[4] <= '9') return name[4] - '0';
-  Fail("no user " + name + " (User1 to User9)");
-  return 0;
+int KnownUser(const std::string& name) {
+  const int user = UserNumber(name);
+  if (user == 0) Fail("no user " + name + " (User1 to User9)");
+  return user;
 }
 
 void Succeeded(int range, const std::string& what) {
@@ -128,7 +130,7 @@ int SetLockingRange(Call& call) {
 int AddAce(Call& call) {
   std::set<int> users;
   for (size_t k = 3; k < call.operands.size(); ++k) {
-    const int user = UserNumber(call.operands[k]);
+    const int user = KnownUser(call.operands[k]);
     if (user == 0) return kFailed;
     users.insert(user);
   }

@@ -113,10 +113,9 @@ bool ChoiceOf(const std::string& text, const char* yes, const char* no, int line
 bool FlagOf(const Entry& entry) { return ChoiceOf(entry.value, "Y", "N", entry.line); }
 
 int UserNumberOf(const std::string& name, int line) {
-  if (name.size() != 5 || name.compare(0, 4, "User") != 0 || name[4] < '1' || name[4] > '9') {
-    Fault(line, "'" + name + "' is not a user from User1 to User9");
-  }
-  return name[4] - '0';
+  const int user = UserNumber(name);
+  if (user == 0) Fault(line, "'" + name + "' is not a user from User1 to User9");
+  return user;
 }
 
 // "start S length L RLKEna F WLKEna F RLocked F WLocked F key K ace [UserN...]"
