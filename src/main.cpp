@@ -39,9 +39,9 @@ std::optional<int> ToInt(const std::string& word) {
   }
 }
 
-// The action number. A read that fails (end of input, a non-number, or an
-// input already failed by an earlier answer) counts as 0, the exit, so the
-// loop can never spin on a dead input.
+// The action number. A read that fails (end of input, a non-number, a number
+// beyond int, or an input already failed by an earlier answer) counts as 0,
+// the exit, so the loop can never spin on a dead input.
 int ReadActionNumber() {
   int action = 0;
   if (!(std::cin >> action)) return 0;
@@ -144,14 +144,16 @@ void ScanDisks() {
     // Columns: device, Opal version, model, firmware, at least two blanks apart.
     const std::vector<std::string> items = ParseItems(line, "  ");
     if (items.size() != 4) {
-      std::cout << items.size() << '\n' << "scan error: " << line << '\n';
+      std::cout << items.size() << '\n' << "scan error: " << line << std::endl;
       continue;
     }
-    std::cout << items[0] << '\t' << items[2] << '\t' << items[3] << "\t\t" << items[1] << '\n';
+    // Flushed at once: a later line may end the program (an unreadable NVMe
+    // path), and what was found before must still reach a logged session.
+    std::cout << items[0] << '\t' << items[2] << '\t' << items[3] << "\t\t" << items[1] << std::endl;
     if (items[2].find("KVX") == 0) DiskList.push_back(DiskInfo(items[0], items[2], items[3], items[1]));
     if (items[2].find("ZEP") == 0) DiskList.push_back(DiskInfo(items[0], items[2], items[3], items[1]));
   }
-  SelectedDisk = DiskList.data();  // null for an empty list; never used then
+  SelectedDisk = DiskList.data();  // never dereferenced while the list is empty
   DiskCount = static_cast<int>(DiskList.size());
 }
 
