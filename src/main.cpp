@@ -1,6 +1,7 @@
 #include "main.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -129,6 +130,14 @@ void OfferActions(const DiskInfo& disk, std::vector<int>& choiceList) {
   std::cout << '\n';
 }
 
+// --- Shared by the screens ---------------------------------------------------
+
+void ApplyProtection(uint32_t index, const std::string& mode, uint32_t enable) {
+  if (!SelectedDisk->SetLockingRangeStatus_TCG_V2_5(index, mode, enable)) {
+    std::cout << "SetLockingRange Error" << '\n';
+  }
+}
+
 }  // namespace
 
 bool shellCmd(const std::string& cmd, std::string& result) {
@@ -181,6 +190,156 @@ void SelectDisk() {
   if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
 }
 
+// --- Owner set-up, admin password and flash lock -----------------------------
+
+namespace {
+
+// Takes the drive into ownership with password. On "takeOwnership complete"
+// the password is kept for both authorities and the drive re-read; a failure
+// is only reported; output with neither phrase changes nothing.
+void TakeOwnership(const std::string& password) {
+  std::stringstream output = GetCmdResponse("./sedutil-cli -n --initialSetup " + password + " " +
+                                            SelectedDisk->GetFileDescriptor());
+  std::string line;
+  while (std::getline(output, line)) {
+    // "complete" is looked for first, so a line holding both counts as complete.
+    if (line.find("takeOwnership complete") != std::string::npos) {
+      SelectedDisk->SetAdmin1Pwd(password);
+      SelectedDisk->SetSIDPwd(password);
+      SelectedDisk->UpdateOPALStatus();
+      SelectedDisk->UpdateLockingRangesStatus();
+      std::cout << "Enable OPAL OK" << '\n';
+      return;
+    }
+    if (line.find("takeOwnership failed") != std::string::npos) {
+      std::cout << "Enable OPAL FAIL" << '\n';
+      return;
+    }
+  }
+}
+
+// Asks until the operator confirms a password. Only a yes leaves, so a dead
+// input would ask for ever: it ends the program instead.
+std::string AskNewAdminPassword() {
+  while (true) {
+    std::cout << "Please enter your admin password (w/o space): ";
+    const std::string password = ReadWord();
+    std::cout << "Your password is: " << password << '\n'
+              << "Are you sure to use this password? (Y/N): ";
+    if (ReadYes()) return password;
+    if (!std::cin) {
+      FlushOutput();
+      std::exit(0);
+    }
+  }
+}
+
+// The last blank-separated piece of dmidecode's UUID line without its final
+// character (the newline) and without hyphens.
+std::string FlashLockPassword(const std::string& uuidText) {
+  const std::vector<std::string> pieces = ParseItems(uuidText, " ");
+  std::string password = pieces.empty() ? "" : pieces.back();
+  if (!password.empty()) password.pop_back();
+  password.erase(std::remove(password.begin(), password.end(), '-'), password.end());
+  return password;
+}
+
+// Binds the drive to this machine: owner password from the machine UUID,
+// global range locked, flash pre-boot image installed. -1 when declined;
+// else 0, whatever the steps reported: they all run even after a failed
+// take-ownership.
+int FlashLock() {
+  std::string uuidText;
+  shellCmd("sudo dmidecode | grep -i uuid", uuidText);
+  const std::string password = FlashLockPassword(uuidText);
+  std::cout << "Are you sure to flash lock(Y/N)?" << '\n';
+  if (!ReadYes()) return -1;
+  TakeOwnership(password);
+  ApplyProtection(0, "LK", 1);
+  SelectedDisk->UnSetMBR();
+  std::cout << "Please wait...   " << '\n';
+  SelectedDisk->LoadImage("PBA_flash.img");
+  SelectedDisk->SetMBR();
+  return 0;
+}
+
+// Two characters read, with no prompt of its own.
+void WaitForKey() {
+  FlushOutput();
+  std::fgetc(stdin);
+  std::fgetc(stdin);
+}
+
+// Action 3 on a drive not yet enabled. True when the flash lock ran and the
+// program is to end, so that the machine is powered off.
+bool FlashLockScreen() {
+  if (FlashLock() != 0) {
+    PauseForKey();
+    return false;
+  }
+  std::cout << '\n' << "Please poweroff " << '\n';
+  WaitForKey();
+  return true;
+}
+
+// Action 11: the listing of the ranges with the typed password is the check.
+void SetAdmin1SidPW() {
+  std::cout << "Please enter your admin password (w/o space): ";
+  const std::string password = ReadWord();
+  std::cout << "Your password is: " << password << '\n'
+            << "Are you sure this is your admin password? (Y/N): ";
+  if (ReadYes()) {
+    SelectedDisk->SetAdmin1Pwd(password);
+    SelectedDisk->SetSIDPwd(password);
+    if (SelectedDisk->UpdateLockingRangesStatus()) {
+      std::cout << "Password correct" << '\n';
+    } else {
+      std::cout << "Password wrong, please try again" << '\n';
+      SelectedDisk->SetAdmin1Pwd("");
+      SelectedDisk->SetSIDPwd("");
+    }
+  }
+  PauseForKey();
+}
+
+}  // namespace
+
+void EnableOPAL() {
+  if (SelectedDisk->GetOPALVer() == 0) {
+    std::cout << "Not support OPAL" << '\n';
+  } else if (SelectedDisk->GetOPALEnable()) {
+    std::cout << "OPAL already enabled" << '\n';
+  } else {
+    TakeOwnership(AskNewAdminPassword());
+  }
+  PauseForKey();
+}
+
+namespace {
+
+// Runs the screen of an offered action; true when the program is to end.
+bool RunAction(int action) {
+  switch (action) {
+    case 0:
+      return true;
+    case 1:
+      SelectDisk();
+      break;
+    case 2:
+      EnableOPAL();
+      break;
+    case 3:
+      if (!SelectedDisk->GetOPALEnable()) return FlashLockScreen();
+      break;
+    case 11:
+      SetAdmin1SidPW();
+      break;
+  }
+  return false;
+}
+
+}  // namespace
+
 int VeltrakMain() {
   ScanDisks();
   if (DiskCount == 0) {
@@ -198,16 +357,7 @@ int VeltrakMain() {
       std::cout << "Unsupported action" << std::endl;
       action = 0;
     }
-    switch (action) {
-      case 0:
-        endProcess = true;
-        break;
-      case 1:
-        SelectDisk();
-        break;
-      default:
-        break;
-    }
+    endProcess = RunAction(action);
   }
   return 0;
 }

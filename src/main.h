@@ -29,6 +29,10 @@ void ShowMenu(std::vector<int>& choiceList);
 // that names no drive keeps the selection.
 void SelectDisk();
 
+// (2) Takes a drive not yet enabled into ownership with a typed password;
+// refuses a drive without Opal or one already enabled.
+void EnableOPAL();
+
 // The whole program: scan, then the menu loop until an exit. Returns the
 // process exit status: 0, or -1 when no drive was accepted.
 int VeltrakMain();
