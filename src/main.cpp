@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iomanip>
 #include <iostream>
 #include <optional>
 
@@ -38,6 +39,21 @@ std::optional<int> ToInt(const std::string& word) {
   } catch (const std::logic_error&) {
     return std::nullopt;
   }
+}
+
+// The answer to a number prompt; nothing when it is not a number (end of
+// input included).
+std::optional<int> ReadNumber() { return ToInt(ReadWord()); }
+
+// The answer to a number prompt whose non-numbers stand for fallback.
+int ReadNumberOr(int fallback) { return ReadNumber().value_or(fallback); }
+
+// Whether number, taken as an unsigned 32-bit value (so a negative one is
+// huge), lies in [first, end); a missing number never does.
+bool InBounds(std::optional<int> number, uint32_t first, uint64_t end) {
+  if (!number) return false;
+  const uint32_t value = static_cast<uint32_t>(*number);
+  return value >= first && value < end;
 }
 
 // The action number. A read that fails (end of input, a non-number, a number
@@ -132,11 +148,61 @@ void OfferActions(const DiskInfo& disk, std::vector<int>& choiceList) {
 
 // --- Shared by the screens ---------------------------------------------------
 
+void ReportWrongIndex() { std::cout << "Wrong index choosen!!" << '\n'; }
+
+const char* YN(bool flag) { return flag ? "Y" : "N"; }
+
+// The four lock flags of a table row; only the first column's width differs
+// between the two tables.
+void PrintLockFlags(const LockingRangeInfo& range, int readLockEnabledWidth) {
+  std::cout << std::setw(readLockEnabledWidth) << YN(range.GetRLKEnable()) << std::setw(19)
+            << YN(range.GetWLKEnable()) << std::setw(18) << YN(range.GetRLocked()) << std::setw(15)
+            << YN(range.GetWLocked()) << '\n';
+}
+
+// The two wordings of the protection-mode question: areas say "Lock",
+// ranges "LocK".
+const char* const kAreaModePrompt =
+    "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and "
+    "Write Lock)? ";
+const char* const kRangeModePrompt =
+    "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and "
+    "Write LocK)? ";
+
+// Asks for a protection mode: 1 is "RW", 2 "RO", anything else "LK".
+std::string AskProtectionMode(const char* prompt) {
+  std::cout << prompt;
+  switch (ReadNumberOr(0)) {
+    case 1:
+      return "RW";
+    case 2:
+      return "RO";
+    default:
+      return "LK";
+  }
+}
+
+// The enable answer; anything but 1 makes the protection change a no-op.
+uint32_t AskEnable(const char* prompt) {
+  std::cout << prompt;
+  return static_cast<uint32_t>(ReadNumberOr(0));
+}
+
 void ApplyProtection(uint32_t index, const std::string& mode, uint32_t enable) {
   if (!SelectedDisk->SetLockingRangeStatus_TCG_V2_5(index, mode, enable)) {
     std::cout << "SetLockingRange Error" << '\n';
   }
 }
+
+// Whether number names an area of a partitioned drive: 1 to its number of
+// partitions.
+bool IsArea(std::optional<int> number) {
+  return InBounds(number, 1, uint64_t{SelectedDisk->GetBlockNum()} + 1);
+}
+
+// A block address or length: a signed 32-bit answer widened with its sign,
+// so -8 reaches the tool as 2^64 - 8; a non-number is 0.
+uint64_t ReadBlockNumber() { return static_cast<uint64_t>(static_cast<int64_t>(ReadNumberOr(0))); }
 
 }  // namespace
 
@@ -189,6 +255,141 @@ void SelectDisk() {
   // and is refused like any number past the end.
   if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
 }
+
+// --- Locking-range screens ----------------------------------------------------
+
+void ShowLRs(std::vector<LockingRangeInfo> ranges) {
+  const std::string rule(103, '=');
+  std::cout << "Now status" << '\n'
+            << rule << '\n'
+            << "Locking Range     Begin    Length   ReadLock Enabled   WriteLock Enabled    ReadLocked"
+               "    WriteLocked"
+            << '\n';
+  for (const LockingRangeInfo& range : ranges) {
+    std::cout << std::setw(2) << range.GetIndex() << std::setw(20) << range.GetStartLocation()
+              << std::setw(10) << range.GetLength();
+    PrintLockFlags(range, 12);
+  }
+  std::cout << rule << '\n';
+}
+
+void ShowSpecLRs(std::vector<LockingRangeInfo> ranges) {
+  const std::string prefix = SelectedDisk->GetPrefix();
+  // NVMe partition names are longer ("/dev/nvme0n1p1"), so the name column
+  // is wider and the start column narrower.
+  const bool nvme = prefix.find("nvme") != std::string::npos;
+  std::cout << prefix << '\n'
+            << "Now status" << '\n'
+            << std::string(117, '=') << '\n'
+            << "Index  LBA                Begin      Length        ReadLock Enabled   WriteLock Enabled"
+               "    ReadLocked    WriteLocked"
+            << '\n';
+  int row = 0;
+  for (const LockingRangeInfo& range : ranges) {
+    if (range.GetAlias().empty()) continue;  // not a partition's range
+    std::cout << std::setw(2) << ++row << std::setw(nvme ? 14 : 10) << range.GetAlias()
+              << std::setw(nvme ? 15 : 20) << range.GetStartLocation() << std::setw(13)
+              << range.GetLength();
+    PrintLockFlags(range, 15);
+  }
+  std::cout << std::string(116, '=') << '\n';
+}
+
+namespace {
+
+void ShowRangeTable(const std::vector<LockingRangeInfo>& ranges) {
+  if (SelectedDisk->GetParted()) {
+    ShowSpecLRs(ranges);
+  } else {
+    ShowLRs(ranges);
+  }
+}
+
+// The range list, freshly read from the drive.
+std::vector<LockingRangeInfo> RefreshedRanges() {
+  SelectedDisk->UpdateLockingRangesStatus();
+  return SelectedDisk->GetLRInfo();
+}
+
+// Area k of a partitioned drive is locking range k; nothing (reported) for
+// a non-number, 0 or an area past the last partition.
+std::optional<uint32_t> PickArea() {
+  std::cout << "Which Logical Block Area do you want to setup (1 ~ " << SelectedDisk->GetBlockNum()
+            << ")? others:exit  ";
+  const std::optional<int> area = ReadNumber();
+  if (!IsArea(area)) {
+    ReportWrongIndex();
+    return std::nullopt;
+  }
+  return static_cast<uint32_t>(*area);
+}
+
+// A range of the list; a non-number means range 0. Nothing (reported) for a
+// number past the list, which refuses everything when the list is empty.
+std::optional<uint32_t> PickRange(const std::vector<LockingRangeInfo>& ranges) {
+  std::cout << "Which Locking Range you want to setup (0 ~ " << ranges.size() - 1 << ")? others:exit  ";
+  const int index = ReadNumberOr(0);
+  if (!InBounds(index, 0, ranges.size())) {
+    ReportWrongIndex();
+    return std::nullopt;
+  }
+  return static_cast<uint32_t>(index);
+}
+
+}  // namespace
+
+void LockingRanges() {
+  ShowRangeTable(RefreshedRanges());
+  PauseForKey();
+}
+
+void SetStateofLR() {
+  const std::vector<LockingRangeInfo> ranges = RefreshedRanges();
+  const bool parted = SelectedDisk->GetParted();
+  ShowRangeTable(ranges);
+  const std::optional<uint32_t> index = parted ? PickArea() : PickRange(ranges);
+  if (index) {
+    const std::string mode = AskProtectionMode(parted ? kAreaModePrompt : kRangeModePrompt);
+    const uint32_t enable = AskEnable("Enable or disable Locking Range (1: enable; others: diasble)? ");
+    ApplyProtection(*index, mode, enable);
+  }
+  PauseForKey();
+}
+
+void SpecialActionLR0() {
+  const uint32_t enable = AskEnable("Enable or disable Locking Range 0 (1: enable; others: diasble)? ");
+  std::cout << "Continue set protection mode?(Y/N)? ";
+  if (ReadYes()) ApplyProtection(0, AskProtectionMode(kRangeModePrompt), enable);
+  PauseForKey();
+}
+
+namespace {
+
+// Action 5. Range 0, the global range, has no address of its own.
+void SetAddressofLR() {
+  const std::vector<LockingRangeInfo> ranges = RefreshedRanges();
+  ShowLRs(ranges);
+  std::cout << "Which LR you want to setup (1 ~ " << ranges.size() - 1 << ")?  others: exit  ";
+  const std::optional<int> index = ReadNumber();
+  if (!InBounds(index, 1, ranges.size())) {
+    ReportWrongIndex();
+    PauseForKey();
+    return;
+  }
+  // "(align 8)" is advice only; neither value is checked.
+  std::cout << "Where should this LR begin (align 8)? ";
+  const uint64_t start = ReadBlockNumber();
+  std::cout << "What is this LR's length (align 8)? ";
+  const uint64_t length = ReadBlockNumber();
+  if (SelectedDisk->SetupLockingRange(static_cast<uint32_t>(*index), start, length)) {
+    std::cout << "Set done" << '\n';
+  } else {
+    std::cout << "SetupLockingRange Error" << '\n';
+  }
+  PauseForKey();
+}
+
+}  // namespace
 
 // --- Owner set-up, admin password and flash lock -----------------------------
 
@@ -330,9 +531,19 @@ bool RunAction(int action) {
       break;
     case 3:
       if (!SelectedDisk->GetOPALEnable()) return FlashLockScreen();
+      LockingRanges();
+      break;
+    case 4:
+      SetStateofLR();
+      break;
+    case 5:
+      SetAddressofLR();
       break;
     case 11:
       SetAdmin1SidPW();
+      break;
+    case 12:
+      SpecialActionLR0();
       break;
   }
   return false;

@@ -29,6 +29,19 @@ void ShowMenu(std::vector<int>& choiceList);
 // that names no drive keeps the selection.
 void SelectDisk();
 
+// The range table: "Now status", the rules and one row per range, each
+// column right-aligned in its fixed width.
+void ShowLRs(std::vector<LockingRangeInfo> ranges);
+// The table of a partitioned drive: only ranges named after a partition,
+// numbered from 1, under the selected drive's partition prefix.
+void ShowSpecLRs(std::vector<LockingRangeInfo> ranges);
+
+// The screens that speak of areas on a partitioned drive (action numbers in
+// brackets). Each works on SelectedDisk and ends with the pause.
+void LockingRanges();         // (3) refresh and show the ranges
+void SetStateofLR();          // (4) set a range's or area's protection mode
+void SpecialActionLR0();      // (12) set the global range's protection mode
+
 // (2) Takes a drive not yet enabled into ownership with a typed password;
 // refuses a drive without Opal or one already enabled.
 void EnableOPAL();
