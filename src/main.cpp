@@ -391,6 +391,112 @@ void SetAddressofLR() {
 
 }  // namespace
 
+// --- Privilege screens --------------------------------------------------------
+
+void GetAccessSetting() {
+  std::cout << '\n';
+  SelectedDisk->ListAccessRight();
+}
+
+namespace {
+
+// The range to grant on: area 1 to the last partition, or range 0 to 8 with
+// a non-number meaning range 0. Nothing (reported) otherwise.
+std::optional<uint32_t> PickPrivilegeRange() {
+  const bool parted = SelectedDisk->GetParted();
+  if (parted) {
+    std::cout << "Which Logical Block Area do you want to setup?(1~ " << SelectedDisk->GetBlockNum() << ")?";
+  } else {
+    std::cout << "Which Locking Range you want to setup (0 ~ 8)? ";
+  }
+  const std::optional<int> number = parted ? ReadNumber() : ReadNumberOr(0);
+  if (!(parted ? IsArea(number) : InBounds(number, 0, 9))) {
+    std::cout << "Wrong locking range choosen!!" << '\n';
+    return std::nullopt;
+  }
+  return static_cast<uint32_t>(*number);
+}
+
+// "1,3" becomes "User1 User3 ". User 0 and repeats pass; nothing (reported)
+// for a piece that is not a number or a user past the supported count.
+std::optional<std::string> ParseUserList(const std::string& answer) {
+  const uint32_t users = SelectedDisk->GetSupportedUserSize();
+  std::string text;
+  for (const std::string& piece : ParseItems(answer, ",")) {
+    const std::optional<int> user = ToInt(piece);
+    if (!user) {
+      std::cout << "Wrong user list input!!" << '\n';
+      return std::nullopt;
+    }
+    if (!InBounds(user, 0, uint64_t{users} + 1)) {
+      std::cout << "Only support User1 ~ User" << users << "!!" << '\n';
+      return std::nullopt;
+    }
+    text += "User" + std::to_string(static_cast<uint32_t>(*user)) + " ";
+  }
+  return text;
+}
+
+// Asks for the users and, once confirmed, grants them the range.
+void GrantUsers(uint32_t index) {
+  std::cout << "Please enter which users to give lock privilege (e.g. 1,2,3 ): ";
+  const std::optional<std::string> users = ParseUserList(ReadWord());
+  if (!users) return;
+  std::cout << "The user list is: " << "result:  " << *users << '\n';
+  std::cout << "Are you sure to give them priviledge? (Y/N): ";
+  if (ReadYes()) {
+    const bool granted = SelectedDisk->SetPrevilege2LR(index, *users);
+    std::cout << (granted ? "Set Priviledge OK!!" : "Set Priviledge fail!!") << '\n';
+  }
+  std::cout << '\n';
+}
+
+}  // namespace
+
+void SetAccessSetting_TCG() {
+  GetAccessSetting();
+  std::cout << "\n\n";
+  const std::optional<uint32_t> index = PickPrivilegeRange();
+  if (index) GrantUsers(*index);
+  PauseForKey();
+}
+
+namespace {
+
+// The range to clear: area 1 to the last partition, or a range of the
+// drive's list with a non-number meaning range 0. Nothing (reported)
+// otherwise.
+std::optional<uint32_t> PickRangeToClear(uint64_t rangeCount) {
+  const bool parted = SelectedDisk->GetParted();
+  if (parted) {
+    std::cout << "Which Logical Block Area do you want to setup (1~" << SelectedDisk->GetBlockNum() << ")?";
+  } else {
+    std::cout << "Which Locking Range you want to setup (0~8)?" << '\n';
+  }
+  const std::optional<int> number = parted ? ReadNumber() : ReadNumberOr(0);
+  if (!(parted ? IsArea(number) : InBounds(number, 0, rangeCount))) {
+    ReportWrongIndex();
+    return std::nullopt;
+  }
+  return static_cast<uint32_t>(*number);
+}
+
+}  // namespace
+
+void RemoveUsers() {
+  // The count bounds every answer of the screen; it is not read again.
+  const uint64_t rangeCount = RefreshedRanges().size();
+  do {
+    const std::optional<uint32_t> index = PickRangeToClear(rangeCount);
+    if (!index) break;
+    SelectedDisk->RemoveAllUserFromLR(*index);
+    std::cout << "remove done" << '\n' << '\n';
+    GetAccessSetting();
+    std::cout << "\n\n" << "Do you want to continue removing? (Y/N)" << '\n';
+  } while (ReadYes());
+  PauseForKey();
+}
+
 // --- Owner set-up, admin password and flash lock -----------------------------
 
 namespace {
@@ -518,6 +624,32 @@ void EnableOPAL() {
 
 namespace {
 
+// --- User password screen -----------------------------------------------------
+
+// Action 6. The password is set even when enabling the user failed.
+void EnableUser() {
+  SelectedDisk->ListUserStatus();
+  do {
+    std::cout << "Which User you want to setup (1 ~ 9)? ";
+    const std::optional<int> number = ReadNumber();
+    if (!InBounds(number, 1, uint64_t{SelectedDisk->GetSupportedUserSize()} + 1)) {
+      ReportWrongIndex();
+      break;
+    }
+    const uint32_t user = static_cast<uint32_t>(*number);
+    std::cout << "Please enter User" << user << "'s password (w/o space): ";
+    const std::string password = ReadWord();
+    std::cout << "The password is: " << password << '\n';
+    // Each verdict is printed after the operation: enabling echoes the tool.
+    const bool enabled = SelectedDisk->EnableUser(user);
+    std::cout << "Enable User" << user << (enabled ? " OK!!" : " fail!!") << '\n';
+    const bool passwordSet = SelectedDisk->SetUserPwd(user, password);
+    std::cout << "Set User" << user << (passwordSet ? " password OK!!" : " password fail!!") << '\n';
+    std::cout << '\n' << "Do you want to continue setting user's password? (Y/N)" << '\n';
+  } while (ReadYes());
+  PauseForKey();
+}
+
 // Runs the screen of an offered action; true when the program is to end.
 bool RunAction(int action) {
   switch (action) {
@@ -538,6 +670,19 @@ bool RunAction(int action) {
       break;
     case 5:
       SetAddressofLR();
+      break;
+    case 6:
+      EnableUser();
+      break;
+    case 7:
+      GetAccessSetting();
+      PauseForKey();
+      break;
+    case 8:
+      SetAccessSetting_TCG();
+      break;
+    case 9:
+      RemoveUsers();
       break;
     case 11:
       SetAdmin1SidPW();

@@ -41,6 +41,12 @@ void ShowSpecLRs(std::vector<LockingRangeInfo> ranges);
 void LockingRanges();         // (3) refresh and show the ranges
 void SetStateofLR();          // (4) set a range's or area's protection mode
 void SpecialActionLR0();      // (12) set the global range's protection mode
+void SetAccessSetting_TCG();  // (8) grant users the lock privilege on a range
+void RemoveUsers();           // (9) remove all users from ranges, one by one
+
+// Prints a newline and who may access each range (action 7 and the
+// privilege screens).
+void GetAccessSetting();
 
 // (2) Takes a drive not yet enabled into ownership with a typed password;
 // refuses a drive without Opal or one already enabled.
