@@ -650,6 +650,64 @@ void EnableUser() {
   PauseForKey();
 }
 
+// --- MBR, pre-boot image, revert and erase ------------------------------------
+
+// Typed as the PSID exactly so (case counts), the keyword stands for the
+// built-in default PSID.
+const char* const kDefaultPsidKeyword = "XQJ";
+const char* const kDefaultPsid = "80213657490812736459018273645091";
+constexpr size_t kPsidLength = 32;
+
+void SetMBREnable() {
+  std::cout << "Enable(Y) or Disable(N) ?  ";
+  if (ReadYes()) {
+    SelectedDisk->EnableMBR();
+  } else {
+    SelectedDisk->DisableMBR();
+  }
+  PauseForKey();
+}
+
+void SetMBRDone() {
+  std::cout << "SetMBRDone ON(Y)  or  OFF(N) ?  ";
+  if (ReadYes()) {
+    SelectedDisk->SetMBR();
+  } else {
+    SelectedDisk->UnSetMBR();
+  }
+  PauseForKey();
+}
+
+void SetPBAFile() {
+  std::cout << "Enter image name/path ( or key 'default' ):   ";
+  const std::string image = ReadWord();
+  std::cout << "Please wait...   " << '\n';
+  SelectedDisk->LoadImage(image);
+  PauseForKey();
+}
+
+void DisableOPAL() {
+  std::cout << "Are you sure to disable? (Y/N): ";
+  if (ReadYes()) std::cout << (SelectedDisk->DisableOPAL() ? "Disable ok !" : "FAIL") << '\n';
+  PauseForKey();
+}
+
+// Only the length of the PSID is checked, and only after the confirmation.
+void EraseAllData() {
+  std::cout << "Please enter your PSID (w/o space): ";
+  std::string psid = ReadWord();
+  if (psid == kDefaultPsidKeyword) psid = kDefaultPsid;
+  std::cout << "Your PSID is: " << psid << '\n' << "Are you sure this is your PSID? (Y/N): ";
+  if (ReadYes()) {
+    if (psid.size() != kPsidLength) {
+      std::cout << "PSID length is wrong" << '\n';
+    } else {
+      std::cout << (SelectedDisk->EraseAllData(psid) ? "Erase All Data OK" : "Erase All Data FAIL") << '\n';
+    }
+  }
+  PauseForKey();
+}
+
 // Runs the screen of an offered action; true when the program is to end.
 bool RunAction(int action) {
   switch (action) {
@@ -689,6 +747,21 @@ bool RunAction(int action) {
       break;
     case 12:
       SpecialActionLR0();
+      break;
+    case 13:
+      SetMBREnable();
+      break;
+    case 14:
+      SetMBRDone();
+      break;
+    case 15:
+      SetPBAFile();
+      break;
+    case 16:
+      DisableOPAL();
+      break;
+    case 17:
+      EraseAllData();
       break;
   }
   return false;
