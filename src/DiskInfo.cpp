@@ -361,7 +361,7 @@ bool DiskInfo::ListUserStatus() const {
   std::stringstream status =
       GetCmdResponse(kLantivo + "--ListUserStatus " + m_Admin1Pwd + " " + m_FileDescriptor);
   std::string line;
-  // Row 0 belongs to the Admin1 authority, which has no status line.
+  // The j-th status line (from 0) reads row j + 1: row 0 is never shown.
   for (size_t row = 1; std::getline(status, line); ++row) {
     std::cout << line << ", " << RangesOfRow(row) << "\n";
   }

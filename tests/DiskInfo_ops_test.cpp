@@ -37,15 +37,17 @@ DiskInfo OpalDrive(const std::string& password = "pw", const std::string& versio
   return disk;
 }
 
-// An owned drive whose range listing reported ranges 0 to count - 1; with
-// partitions, handled as that many partitions of prefix.
+// An owned drive whose range listing reported count ranges; with partitions,
+// handled as that many partitions of prefix. The ranges are numbered from 5,
+// so that a listing which went by a range's number rather than its position
+// in the list would ask the wrong ranges.
 DiskInfo DriveWithRanges(unsigned count, uint32_t partitions = 0, const std::string& prefix = "") {
   DiskInfo disk = OpalDrive();
   disk.Set2Parted(partitions != 0);
   disk.SetBlockNum(partitions);
   disk.SetPrefixName(prefix);
   std::vector<RangeEntry> ranges;
-  for (unsigned i = 0; i < count; ++i) ranges.push_back({i, 8LL * i, 8});
+  for (unsigned i = 0; i < count; ++i) ranges.push_back({i + 5, 8LL * i, 8});
   RecordingRunner listing;
   listing.Reply(RangesText("/dev/sda", ranges));
   disk.UpdateLockingRangesStatus();
@@ -288,10 +290,11 @@ TEST(DiskInfoOpsTest, AccessRightPrintsEachRangeOrPartition) {
       // Partitions ask ranges from 1; the positions after them ask i again
       // and print nothing.
       {4, 2, "/dev/sdb",
-       {"Admin1 User1 can access Locking Range 1\n", "Admin1 can access Locking Range 2\n",
+       {"Admin1 User1 can access Locking Range 7\n", "Admin1 can access Locking Range 2\n",
         "Admin1 can access Locking Range 2\n", "Admin1 can access Locking Range 3"},
        {1, 2, 2, 3},
-       "1, Access Right of /dev/sdb1 :    Admin1  User1\n"
+       // The number printed is the tool's, not the one asked.
+       "7, Access Right of /dev/sdb7 :    Admin1  User1\n"
        "2, Access Right of /dev/sdb2 :    Admin1\n"},
       {2, 1, "/dev/nvme0n1", {"Admin1 can access Locking Range 1\n"}, {1, 1},
        "1, Access Right of /dev/nvme0n1p1 :    Admin1\n"},
@@ -364,6 +367,15 @@ TEST(DiskInfoOpsTest, UserStatusMarksAccumulateAcrossCallsAndDrives) {
             "User1 : Enabled, LR0 LR1 \nUser2 : Enabled, LR1 \n" + kRule);
 }
 
+TEST(DiskInfoOpsTest, UserStatusAsksEveryPositionEvenWithPartitions) {
+  DiskInfo disk = DriveWithRanges(2, 2, "/dev/sdb");
+  RecordingRunner runner;
+  Captured([&] { disk.ListUserStatus(); });
+  Lines expected = AccessListCommands({0, 1});
+  expected.push_back(Lan("--ListUserStatus pw /dev/sda"));
+  EXPECT_EQ(runner.commands, expected);
+}
+
 TEST(DiskInfoOpsTest, UserStatusCountsTheWordsBeforeThePhrase) {
   struct Case {
     std::string line;
@@ -394,8 +406,8 @@ TEST(DiskInfoOpsTest, UserStatusStaysInsideTheMatrix) {
   ClearApplyTable();
   DiskInfo disk = DriveWithRanges(10);
   RecordingRunner runner;
-  runner.Reply("A B C D E F G H I J can access Locking Range 0\n");
-  for (int range = 1; range < 10; ++range) {
+  // Row 1 stays empty unless a mark for the tenth range spills out of row 0.
+  for (int range = 0; range < 10; ++range) {
     runner.Reply("Admin1 can access Locking Range " + std::to_string(range));
   }
   std::string status;
@@ -403,6 +415,7 @@ TEST(DiskInfoOpsTest, UserStatusStaysInsideTheMatrix) {
   runner.Reply(status);
   const std::string printed = Captured([&] { disk.ListUserStatus(); });
   EXPECT_EQ(runner.commands.size(), 11u) << "the tenth range is still asked";
-  EXPECT_NE(printed.find("User9, LR0 \nUser10, N/A\nUser11, N/A\n"), std::string::npos) << printed;
+  EXPECT_EQ(printed.substr(0, 11), "User1, N/A\n") << printed;
+  EXPECT_NE(printed.find("User9, N/A\nUser10, N/A\nUser11, N/A\n"), std::string::npos) << printed;
   EXPECT_EQ(apply_table[0][8], 1);
 }
