@@ -50,14 +50,17 @@ TEST(MbrEraseSessionTest, ImageNameIsPassedWithDefaultStandingForPbaImg) {
   for (const Case& c : cases) {
     Session s;
     OwnedDrive(s, ThreeRanges())
-        .On("sedutil-cli", "-n --loadPBAimage *", "Writing PBA to /dev/sda\nPBA image  written to /dev/sda\n");
+        .On("sedutil-cli", "-n --loadPBAimage *",
+            "Writing PBA to /dev/sda\nPBA image  written to /dev/sda\n");
     s.Run(kLogin + "15\n" + c.answer + "\n");
-    EXPECT_EQ(ActionOutput(s, 2), "Enter image name/path ( or key 'default' ):   Please wait...   \n"
-                                  "Writing PBA to /dev/sda\nPBA image  written to /dev/sda\n" +
-                                      kPause)
+    EXPECT_EQ(ActionOutput(s, 2),
+              "Enter image name/path ( or key 'default' ):   Please wait...   \n"
+              "Writing PBA to /dev/sda\nPBA image  written to /dev/sda\n" +
+                  kPause)
         << c.answer;
     const std::string image = c.sent.empty() ? "" : c.sent + " ";
-    EXPECT_EQ(CallsAfterLogin(s), Calls{"sedutil-cli -n --loadPBAimage pw " + image + "/dev/sda"}) << c.answer;
+    EXPECT_EQ(CallsAfterLogin(s), Calls{"sedutil-cli -n --loadPBAimage pw " + image + "/dev/sda"})
+        << c.answer;
   }
 }
 
@@ -67,10 +70,12 @@ TEST(MbrEraseSessionTest, RevertRunsItsThreeCommandsOnlyAfterAYes) {
     OwnedDrive(s, ThreeRanges()).On("sedutil-cli", "-n --revertTPer *", kWrongPasswordText);
     s.Run(kLogin + "16\n" + answer + "\n\n");
     const bool yes = answer == "Y" || answer == "y";
-    EXPECT_EQ(ActionOutput(s, 2), "Are you sure to disable? (Y/N): " + std::string(yes ? "Disable ok !\n" : "") + kPause)
+    EXPECT_EQ(ActionOutput(s, 2),
+              "Are you sure to disable? (Y/N): " + std::string(yes ? "Disable ok !\n" : "") + kPause)
         << answer;
     const Calls reverted{"sedutil-cli -n --disableLockingRange 0 pw /dev/sda",
-                         "sedutil-cli -n --revertNoErase pw /dev/sda", "sedutil-cli -n --revertTPer pw /dev/sda"};
+                         "sedutil-cli -n --revertNoErase pw /dev/sda",
+                         "sedutil-cli -n --revertTPer pw /dev/sda"};
     EXPECT_EQ(CallsAfterLogin(s), yes ? reverted : Calls{}) << answer;
   }
 }
@@ -104,7 +109,8 @@ TEST(MbrEraseSessionTest, EraseRefusesOtherLengthsOnlyAfterTheConfirmation) {
   } cases[] = {
       {"xqj\ny\n", "xqj", "PSID length is wrong\n"},
       {"XQJX\nY\n", "XQJX", "PSID length is wrong\n"},
-      {"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456\ny\n", "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456", "PSID length is wrong\n"},
+      {"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456\ny\n", "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456",
+       "PSID length is wrong\n"},
       {"XQJ\nN\n", kDefaultPsid, ""},
       {"XQJ\n", kDefaultPsid, ""},  // input ends at the confirmation
       {"", "", ""},
@@ -124,9 +130,11 @@ TEST(MbrEraseSessionTest, EraseRefusesOtherLengthsOnlyAfterTheConfirmation) {
 TEST(MbrEraseSessionTest, EraseIsOfferedWithoutTheAdminPassword) {
   Session s;
   OwnedDrive(s, ThreeRanges())
-      .On("sedutil-cli", "-n --yesIreallywanttoERASEALLmydatausingthePSID *", "revertTper completed successfully\n");
+      .On("sedutil-cli", "-n --yesIreallywanttoERASEALLmydatausingthePSID *",
+          "revertTper completed successfully\n");
   s.Run("17\nXQJ\ny\n\n");
   EXPECT_EQ(ActionOutput(s, 1), "Please enter your PSID (w/o space): Your PSID is: " + kDefaultPsid +
                                     "\nAre you sure this is your PSID? (Y/N): Erase All Data OK\n" + kPause);
-  EXPECT_EQ(s.CallsOf("sedutil-cli")[2], "-n --yesIreallywanttoERASEALLmydatausingthePSID " + kDefaultPsid + " /dev/sda");
+  EXPECT_EQ(s.CallsOf("sedutil-cli")[2],
+            "-n --yesIreallywanttoERASEALLmydatausingthePSID " + kDefaultPsid + " /dev/sda");
 }

@@ -17,14 +17,16 @@ const char* kInitialSetupOk =
     "Initial setup of TPer complete on /dev/sda\n";
 
 const std::string kTakeOwnershipFailed =
-    std::string(kWrongPasswordText) + "takeOwnership failed\nInitial setup failed - unable to take ownership\n";
+    std::string(kWrongPasswordText) +
+    "takeOwnership failed\nInitial setup failed - unable to take ownership\n";
 
 // A factory drive: Opal 2, not enabled. Later queries answer with the queue
 // given, the last repeating.
 Session& FactoryDrive(Session& s, const std::vector<bool>& enabledAfter = {}) {
   s.On("sedutil-cli", "-n --scan", ScanText({kOwnedDrive}))
       .On("sedutil-cli", "-n --query /dev/sda", QueryText("/dev/sda", false, false));
-  for (bool enabled : enabledAfter) s.On("sedutil-cli", "-n --query /dev/sda", QueryText("/dev/sda", false, enabled));
+  for (bool enabled : enabledAfter)
+    s.On("sedutil-cli", "-n --query /dev/sda", QueryText("/dev/sda", false, enabled));
   return s;
 }
 
@@ -83,8 +85,8 @@ TEST(OwnerSessionTest, EnableOpalAsksUntilYesThenTakesOwnership) {
   EXPECT_EQ(ActionOutput(s, 1), AskedNewPassword("first") + AskedNewPassword("second") +
                                     AskedNewPassword("third") + "Enable OPAL OK\n" + kPause);
   EXPECT_EQ(s.CallsOf("sedutil-cli"),
-            (Calls{"-n --scan", "-n --query /dev/sda", "-n --initialSetup third /dev/sda", "-n --query /dev/sda",
-                   "-n --listLockingRanges third /dev/sda", "-n --query /dev/sda"}));
+            (Calls{"-n --scan", "-n --query /dev/sda", "-n --initialSetup third /dev/sda",
+                   "-n --query /dev/sda", "-n --listLockingRanges third /dev/sda", "-n --query /dev/sda"}));
   // The password is held, so the next menu is the full one.
   const std::vector<std::string> screens = ScreensOf(s.screen);
   ASSERT_EQ(screens.size(), 3u);
@@ -138,15 +140,17 @@ TEST(OwnerSessionTest, FlashLockBindsTheDriveToThisMachineAndEnds) {
        "# dmidecode 3.4\nSystem Information\n\tManufacturer: Maker\n"
        "\tUUID: 4c4c4544-0042-3510-8052-b4c04f384d32\n\tSKU Number: 0\n")
       .On("sedutil-cli", "-n --initialSetup 4c4c4544004235108052b4c04f384d32 /dev/sda", kInitialSetupOk)
-      .On("sedutil-cli", "-n --setMBRDone OFF 4c4c4544004235108052b4c04f384d32 /dev/sda", "MBRDone set off \n")
+      .On("sedutil-cli", "-n --setMBRDone OFF 4c4c4544004235108052b4c04f384d32 /dev/sda",
+          "MBRDone set off \n")
       .On("sedutil-cli", "-n --loadPBAimage *", "Writing PBA to /dev/sda\nPBA image  PBA_flash.img written\n")
       .On("sedutil-cli", "-n --setMBRDone ON *", "MBRDone set on \n")
       .On("Lantivo", "*", "LockingRange0 success\n");
   s.Run("3\ny\n\n");
   const std::string password = "4c4c4544004235108052b4c04f384d32";
-  EXPECT_EQ(ActionOutput(s, 1),
-            "Are you sure to flash lock(Y/N)?\nEnable OPAL OK\nMBRDone set off \nPlease wait...   \n"
-            "Writing PBA to /dev/sda\nPBA image  PBA_flash.img written\nMBRDone set on \n\nPlease poweroff \n");
+  EXPECT_EQ(
+      ActionOutput(s, 1),
+      "Are you sure to flash lock(Y/N)?\nEnable OPAL OK\nMBRDone set off \nPlease wait...   \n"
+      "Writing PBA to /dev/sda\nPBA image  PBA_flash.img written\nMBRDone set on \n\nPlease poweroff \n");
   EXPECT_EQ(s.Calls(), (Calls{"sedutil-cli -n --scan", "sedutil-cli -n --query /dev/sda", "sudo dmidecode",
                               "sedutil-cli -n --initialSetup " + password + " /dev/sda",
                               "sedutil-cli -n --query /dev/sda",
@@ -179,7 +183,8 @@ TEST(OwnerSessionTest, FlashLockGoesOnAfterFailuresAndStillEnds) {
      // steps have nothing to act on, yet the program asks for power-off.
     Session s;
     FactoryDrive(s);
-    s.On("sudo", "dmidecode", "\tUUID: 0000-11\n").On("sedutil-cli", "-n --initialSetup *", kTakeOwnershipFailed);
+    s.On("sudo", "dmidecode", "\tUUID: 0000-11\n")
+        .On("sedutil-cli", "-n --initialSetup *", kTakeOwnershipFailed);
     s.Run("3\ny\n\n");
     EXPECT_EQ(ActionOutput(s, 1),
               "Are you sure to flash lock(Y/N)?\nEnable OPAL FAIL\nPlease wait...   \n\nPlease poweroff \n");
@@ -248,7 +253,10 @@ TEST(OwnerSessionTest, RefusedOrUnconfirmedAdminPasswordIsForgotten) {
     std::string input, typed, verdict;
     Calls listings;
   } cases[] = {
-      {"11\nbad\ny\n\n", "bad", "Password wrong, please try again\n", {"-n --listLockingRanges bad /dev/sda"}},
+      {"11\nbad\ny\n\n",
+       "bad",
+       "Password wrong, please try again\n",
+       {"-n --listLockingRanges bad /dev/sda"}},
       {"11\npw\nn\n\n", "pw", "", {}},
       {"11\npw\nyes\n\n", "pw", "", {}},
       {"11\npw\n", "pw", "", {}},  // input ends at the confirmation
@@ -261,7 +269,8 @@ TEST(OwnerSessionTest, RefusedOrUnconfirmedAdminPasswordIsForgotten) {
     OwnedDrive(s, ThreeRanges());
     s.Run(c.input);
     EXPECT_EQ(ActionOutput(s, 1), kPasswordPrompt + "Your password is: " + c.typed +
-                                      "\nAre you sure this is your admin password? (Y/N): " + c.verdict + kPause)
+                                      "\nAre you sure this is your admin password? (Y/N): " + c.verdict +
+                                      kPause)
         << c.input;
     Calls calls = s.CallsOf("sedutil-cli");
     calls.erase(std::remove(calls.begin(), calls.end(), "-n --query /dev/sda"), calls.end());
@@ -271,7 +280,8 @@ TEST(OwnerSessionTest, RefusedOrUnconfirmedAdminPasswordIsForgotten) {
     // Without a held password the next menu offers 11 again.
     const std::vector<std::string> screens = ScreensOf(s.screen);
     ASSERT_EQ(screens.size(), 3u) << c.input;
-    EXPECT_NE(screens[2].find("   11. Set Admin1 / SID Password\n   17. Erase All Data\n"), std::string::npos);
+    EXPECT_NE(screens[2].find("   11. Set Admin1 / SID Password\n   17. Erase All Data\n"),
+              std::string::npos);
     EXPECT_EQ(s.exit_status, 0);
   }
 }

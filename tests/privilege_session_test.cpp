@@ -23,7 +23,8 @@ const std::string kAccessList =
 
 Calls AccessListCalls(int ranges = 3) {
   Calls calls;
-  for (int i = 0; i < ranges; ++i) calls.push_back("Lantivo --list_User_ACE_Locking_range /dev/sda pw " + std::to_string(i));
+  for (int i = 0; i < ranges; ++i)
+    calls.push_back("Lantivo --list_User_ACE_Locking_range /dev/sda pw " + std::to_string(i));
   return calls;
 }
 
@@ -52,9 +53,10 @@ TEST(PrivilegeSessionTest, MalformedAccessLineStopsTheListWithItsOwnPause) {
       .On("Lantivo", "--list_User_ACE_Locking_range /dev/sda pw 0", "Admin1 can access Locking Range 0\n")
       .On("Lantivo", "--list_User_ACE_Locking_range /dev/sda pw 1", "method status code NOT_AUTHORIZED\n");
   s.Run(kLogin + "7\nab\n");
-  EXPECT_EQ(ActionOutput(s, 2), "\nAccess Right of Locking Range  0 :     Admin1\n"
-                                "list lockingranges error: method status code NOT_AUTHORIZED\n" +
-                                    kPause + kPause);
+  EXPECT_EQ(ActionOutput(s, 2),
+            "\nAccess Right of Locking Range  0 :     Admin1\n"
+            "list lockingranges error: method status code NOT_AUTHORIZED\n" +
+                kPause + kPause);
   EXPECT_EQ(CallsAfterLogin(s), AccessListCalls(2));
   EXPECT_EQ(ScreensOf(s.screen).size(), 4u);
 }
@@ -75,8 +77,9 @@ TEST(PrivilegeSessionTest, GrantBuildsTheUserListFromTheAnswer) {
     Session s;
     WithAccessLists(s).On("Lantivo", "--Add_ACE_Locking_range *", "ACE added\n");
     s.Run(kLogin + "8\n" + c.range + "\n" + c.users + "\ny\n\n");
-    EXPECT_EQ(ActionOutput(s, 2), kAccessList + "\n\n" + kWhichRange + kWhichUsers + "The user list is: result:  " +
-                                      c.text + "\n" + kConfirm + "Set Priviledge OK!!\n\n" + kPause)
+    EXPECT_EQ(ActionOutput(s, 2), kAccessList + "\n\n" + kWhichRange + kWhichUsers +
+                                      "The user list is: result:  " + c.text + "\n" + kConfirm +
+                                      "Set Priviledge OK!!\n\n" + kPause)
         << c.range << " " << c.users;
     EXPECT_EQ(CallsAfterLogin(s),
               Concat(AccessListCalls(), {"Lantivo --Add_ACE_Locking_range /dev/sda pw " + c.grant}))
@@ -108,18 +111,17 @@ TEST(PrivilegeSessionTest, GrantWithoutAYesChangesNothing) {
   struct Case {
     std::string rest, text;
   } cases[] = {
-      {"1,2\nn\n\n", "User1 User2 "},
-      {"1,2\nyes\n\n", "User1 User2 "},
+      {"1,2\nn\n\n", "User1 User2 "}, {"1,2\nyes\n\n", "User1 User2 "},
       {"1, 2\n\n", "User1 "},  // the blank ends the list; "2" answers the question
-      {"1,2\n", "User1 User2 "},
-      {"", ""},
+      {"1,2\n", "User1 User2 "},      {"", ""},
   };
   for (const Case& c : cases) {
     Session s;
     WithAccessLists(s);
     s.Run(kLogin + "8\n1\n" + c.rest);
-    EXPECT_EQ(ActionOutput(s, 2), kAccessList + "\n\n" + kWhichRange + kWhichUsers + "The user list is: result:  " +
-                                      c.text + "\n" + kConfirm + "\n" + kPause)
+    EXPECT_EQ(ActionOutput(s, 2), kAccessList + "\n\n" + kWhichRange + kWhichUsers +
+                                      "The user list is: result:  " + c.text + "\n" + kConfirm + "\n" +
+                                      kPause)
         << c.rest;
     EXPECT_EQ(CallsAfterLogin(s), AccessListCalls()) << c.rest;
     EXPECT_EQ(s.exit_status, 0);
@@ -143,9 +145,11 @@ TEST(PrivilegeSessionTest, RemoveRepeatsWhileTheAnswerIsYes) {
   Session s;
   WithAccessLists(s);
   s.Run(kLogin + "9\n1\ny\n2\nY\nx\nN\n\n");
-  EXPECT_EQ(ActionOutput(s, 2), kWhichToClear + kRemoved + kWhichToClear + kRemoved + kWhichToClear + kRemoved + kPause);
+  EXPECT_EQ(ActionOutput(s, 2),
+            kWhichToClear + kRemoved + kWhichToClear + kRemoved + kWhichToClear + kRemoved + kPause);
   // The ranges are read once; a non-number clears range 0.
-  EXPECT_EQ(CallsAfterLogin(s), Concat(Concat(Concat(kRefresh, RemovalCalls("1")), RemovalCalls("2")), RemovalCalls("0")));
+  EXPECT_EQ(CallsAfterLogin(s),
+            Concat(Concat(Concat(kRefresh, RemovalCalls("1")), RemovalCalls("2")), RemovalCalls("0")));
 }
 
 TEST(PrivilegeSessionTest, RemoveRefusesRangesPastTheDrivesList) {

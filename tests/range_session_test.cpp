@@ -19,7 +19,8 @@ const std::string kTable =
     kRule + "\n";
 
 const std::string kModeQuestion =
-    "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write LocK)? ";
+    "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write "
+    "LocK)? ";
 const std::string kEnableQuestion = "Enable or disable Locking Range (1: enable; others: diasble)? ";
 
 std::string AskedState(const std::string& bound) {
@@ -63,8 +64,8 @@ TEST(RangeSessionTest, StateAnswersMapToModesAndRanges) {
   struct Case {
     std::string range, mode_answer, mode, index;
   } cases[] = {
-      {"1", "1", "RW", "1"},  {"2", "2", "RO", "2"},    {"1", "7", "LK", "1"}, {"1", "x", "LK", "1"},
-      {"2x", "2abc", "RO", "2"}, {"abc", "1", "RW", "0"},  // a non-number is range 0
+      {"1", "1", "RW", "1"},  {"2", "2", "RO", "2"},     {"1", "7", "LK", "1"},
+      {"1", "x", "LK", "1"},  {"2x", "2abc", "RO", "2"}, {"abc", "1", "RW", "0"},  // a non-number is range 0
       {"0", "-1", "LK", "0"},
   };
   for (const Case& c : cases) {
@@ -73,7 +74,8 @@ TEST(RangeSessionTest, StateAnswersMapToModesAndRanges) {
     s.Run(kLogin + "4\n" + c.range + "\n" + c.mode_answer + "\n1\n\n");
     EXPECT_EQ(ActionOutput(s, 2), kTable + AskedState("2") + kModeQuestion + kEnableQuestion + kPause)
         << c.range << " " << c.mode_answer;
-    EXPECT_EQ(CallsAfterLogin(s), Concat(kListing, ModeCommands(c.mode, c.index))) << c.range << " " << c.mode_answer;
+    EXPECT_EQ(CallsAfterLogin(s), Concat(kListing, ModeCommands(c.mode, c.index)))
+        << c.range << " " << c.mode_answer;
   }
 }
 
@@ -87,7 +89,7 @@ TEST(RangeSessionTest, StateReportsAFailedModeChange) {
             kTable + AskedState("2") + kModeQuestion + kEnableQuestion + "SetLockingRange Error\n" + kPause);
   // The set command after the failed one is not run.
   EXPECT_EQ(CallsAfterLogin(s), Concat(kListing, {"Lantivo --disableLockingRange 1 pw R /dev/sda",
-                                                   "Lantivo --enableLockingRange 1 pw W /dev/sda"}));
+                                                  "Lantivo --enableLockingRange 1 pw W /dev/sda"}));
 }
 
 TEST(RangeSessionTest, StateSendsNothingOnRefusalsDisablesOrDeadInput) {
@@ -127,8 +129,8 @@ TEST(RangeSessionTest, StateOnAnEmptyListRefusesEveryRange) {
   EXPECT_EQ(ActionOutput(s, 2), "Now status\n" + kRule + "\n" +
                                     "Locking Range     Begin    Length   ReadLock Enabled   WriteLock Enabled"
                                     "    ReadLocked    WriteLocked\n" +
-                                    kRule + "\n" + AskedState("18446744073709551615") + "Wrong index choosen!!\n" +
-                                    kPause);
+                                    kRule + "\n" + AskedState("18446744073709551615") +
+                                    "Wrong index choosen!!\n" + kPause);
 }
 
 namespace {
@@ -167,7 +169,8 @@ TEST(RangeSessionTest, AddressSendsStartAndLengthAsTyped) {
 TEST(RangeSessionTest, AddressReportsAToolRefusal) {
   Session s;
   OwnedDrive(s, ThreeRanges())
-      .On("sedutil-cli", "-n --setupLockingRange *", "method status code INVALID_PARAMETER\nsetupLockingRange Failed \n");
+      .On("sedutil-cli", "-n --setupLockingRange *",
+          "method status code INVALID_PARAMETER\nsetupLockingRange Failed \n");
   s.Run(kLogin + "5\n1\n3\n5\n\n");
   EXPECT_EQ(ActionOutput(s, 2), kTable + kAskedAddress +
                                     "method status code INVALID_PARAMETER\nsetupLockingRange Failed \n"

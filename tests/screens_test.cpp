@@ -65,7 +65,8 @@ const std::string kPause = "\nEnter any key to continue...";
 
 // LR0, then LR1 to LR3; with two partitions only LR1 and LR2 are named.
 std::string FourRanges(const std::string& device) {
-  return RangesText(device, {{0, 0, 0}, {1, 2048, 4096, true, false, true, false}, {2, 8192, 1024}, {3, 16384, 8}});
+  return RangesText(device,
+                    {{0, 0, 0}, {1, 2048, 4096, true, false, true, false}, {2, 8192, 1024}, {3, 16384, 8}});
 }
 
 }  // namespace
@@ -81,14 +82,15 @@ TEST(ScreensTest, RangeTableColumnsAreRightAlignedInFixedWidths) {
             "Now status\n" + rule +
                 "\nLocking Range     Begin    Length   ReadLock Enabled   WriteLock Enabled    ReadLocked    "
                 "WriteLocked\n" +
-                " 1" + Blanks(16) + "2048" + Blanks(6) + "4096" + Blanks(11) + "Y" + Blanks(18) + "N" + Blanks(17) +
-                "N" + Blanks(14) + "Y\n" + "123" + "18446744073709551615" + "12345678901" + Blanks(11) + "N" +
-                Blanks(18) + "Y" + Blanks(17) + "Y" + Blanks(14) + "N\n" + rule + "\n");
+                " 1" + Blanks(16) + "2048" + Blanks(6) + "4096" + Blanks(11) + "Y" + Blanks(18) + "N" +
+                Blanks(17) + "N" + Blanks(14) + "Y\n" + "123" + "18446744073709551615" + "12345678901" +
+                Blanks(11) + "N" + Blanks(18) + "Y" + Blanks(17) + "Y" + Blanks(14) + "N\n" + rule + "\n");
 }
 
 TEST(ScreensTest, PartitionTableShowsOnlyNamedRangesNumberedFromOne) {
   const std::string heading =
-      "Index  LBA                Begin      Length        ReadLock Enabled   WriteLock Enabled    ReadLocked    "
+      "Index  LBA                Begin      Length        ReadLock Enabled   WriteLock Enabled    ReadLocked "
+      "   "
       "WriteLocked\n";
   struct Case {
     std::string prefix, first, second;
@@ -133,7 +135,8 @@ TEST(ScreensTest, RangeViewOfAPartitionedDriveShowsTheAreas) {
 TEST(ScreensTest, AreaStateTakesAreasOneToThePartitionCount) {
   const std::string asked = "Which Logical Block Area do you want to setup (1 ~ 2)? others:exit  ";
   const std::string questions =
-      "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write Lock)? "
+      "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write "
+      "Lock)? "
       "Enable or disable Locking Range (1: enable; others: diasble)? ";
   for (const std::string area : {"0", "3", "x", "-1", ""}) {
     SelectedDrive drive("/dev/sdb", 2);
@@ -148,25 +151,30 @@ TEST(ScreensTest, AreaStateTakesAreasOneToThePartitionCount) {
   EXPECT_EQ(shown.substr(0, 20), "/dev/sdb\nNow status\n");
   EXPECT_EQ(shown.substr(shown.find(asked)), asked + questions + kPause);
   // Area 2 is locking range 2.
-  EXPECT_EQ(drive.runner.commands,
-            (Commands{"./sedutil-cli -n --listLockingRanges pw /dev/sdb", "./Lantivo --disableLockingRange 2 pw R /dev/sdb",
-                      "./Lantivo --enableLockingRange 2 pw W /dev/sdb",
-                      "./Lantivo --setLockingRange 2 N Y pw /dev/sdb"}));
+  EXPECT_EQ(drive.runner.commands, (Commands{"./sedutil-cli -n --listLockingRanges pw /dev/sdb",
+                                             "./Lantivo --disableLockingRange 2 pw R /dev/sdb",
+                                             "./Lantivo --enableLockingRange 2 pw W /dev/sdb",
+                                             "./Lantivo --setLockingRange 2 N Y pw /dev/sdb"}));
 }
 
 TEST(ScreensTest, GlobalRangeScreenAsksEnableThenConfirmationThenMode) {
   const std::string questions =
       "Enable or disable Locking Range 0 (1: enable; others: diasble)? Continue set protection mode?(Y/N)? ";
   const std::string mode =
-      "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write LocK)? ";
+      "Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write "
+      "LocK)? ";
   struct Case {
     std::string input, tool_output, shown;
     Commands commands;
   } cases[] = {
-      {"1\ny\n2\n\n", "success\n", questions + mode + kPause,
+      {"1\ny\n2\n\n",
+       "success\n",
+       questions + mode + kPause,
        {"./Lantivo --disableLockingRange 0 pw R /dev/sdb", "./Lantivo --enableLockingRange 0 pw W /dev/sdb",
         "./Lantivo --setLockingRange 0 N Y pw /dev/sdb"}},
-      {"1\nY\nabc\n\n", "error\n", questions + mode + "SetLockingRange Error\n" + kPause,
+      {"1\nY\nabc\n\n",
+       "error\n",
+       questions + mode + "SetLockingRange Error\n" + kPause,
        {"./Lantivo --enableLockingRange 0 pw RW /dev/sdb"}},
       {"1\nn\n\n", "", questions + kPause, {}},
       {"0\ny\n1\n\n", "", questions + mode + kPause, {}},
@@ -185,16 +193,18 @@ TEST(ScreensTest, AreaPrivilegeRefusesNonNumbersAndAreasOutsideThePartitions) {
   const std::string asked = "Which Logical Block Area do you want to setup?(1~ 2)?";
   for (const std::string area : {"x", "0", "3", ""}) {
     SelectedDrive drive("/dev/sdb", 2);
-    EXPECT_EQ(Printed(SetAccessSetting_TCG, area + "\n\n"), "\n\n\n" + asked + "Wrong locking range choosen!!\n" + kPause)
+    EXPECT_EQ(Printed(SetAccessSetting_TCG, area + "\n\n"),
+              "\n\n\n" + asked + "Wrong locking range choosen!!\n" + kPause)
         << area;
     EXPECT_TRUE(drive.runner.commands.empty()) << area;  // no ranges known: nothing listed
   }
   SelectedDrive drive("/dev/sdb", 2);
   const std::string shown = Printed(SetAccessSetting_TCG, "2\n1,2\ny\n\n");
-  EXPECT_EQ(shown, "\n\n\n" + asked +
-                       "Please enter which users to give lock privilege (e.g. 1,2,3 ): The user list is: result:  "
-                       "User1 User2 \nAre you sure to give them priviledge? (Y/N): Set Priviledge OK!!\n\n" +
-                       kPause);
+  EXPECT_EQ(shown,
+            "\n\n\n" + asked +
+                "Please enter which users to give lock privilege (e.g. 1,2,3 ): The user list is: result:  "
+                "User1 User2 \nAre you sure to give them priviledge? (Y/N): Set Priviledge OK!!\n\n" +
+                kPause);
   EXPECT_EQ(drive.runner.commands, Commands{"./Lantivo --Add_ACE_Locking_range /dev/sdb pw 2 User1 User2 "});
 }
 
@@ -212,16 +222,16 @@ TEST(ScreensTest, AreaRemovalTakesAreasOneToThePartitionCount) {
   // again for the positions past the partitions.
   drive.runner.Reply("removed\n").Reply("Admin1 User2 can access Locking Range 1\n");
   EXPECT_EQ(Printed(RemoveUsers, "1\nn\n\n"),
-            asked + "remove done\n\n\n1, Access Right of /dev/sdb1 :    Admin1  User2\n\n\n"
-                    "Do you want to continue removing? (Y/N)\n" +
+            asked +
+                "remove done\n\n\n1, Access Right of /dev/sdb1 :    Admin1  User2\n\n\n"
+                "Do you want to continue removing? (Y/N)\n" +
                 kPause);
-  EXPECT_EQ(drive.runner.commands,
-            (Commands{"./sedutil-cli -n --listLockingRanges pw /dev/sdb",
-                      "./Lantivo --Delete_AllUser_ACE_Locking_range /dev/sdb pw 1",
-                      "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 1",
-                      "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 2",
-                      "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 2",
-                      "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 3"}));
+  EXPECT_EQ(drive.runner.commands, (Commands{"./sedutil-cli -n --listLockingRanges pw /dev/sdb",
+                                             "./Lantivo --Delete_AllUser_ACE_Locking_range /dev/sdb pw 1",
+                                             "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 1",
+                                             "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 2",
+                                             "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 2",
+                                             "./Lantivo --list_User_ACE_Locking_range /dev/sdb pw 3"}));
 }
 
 TEST(ScreensTest, OwnerSetupRefusesDrivesWithoutOpalOrAlreadyEnabled) {

@@ -15,11 +15,13 @@ Session& WithUsers(Session& s) {
   return s;
 }
 
-const std::string kUserStatus = "User1 : Enabled, LR0 LR1 LR2 \nUser2 : Disabled, N/A\n----------------------------\n";
+const std::string kUserStatus =
+    "User1 : Enabled, LR0 LR1 LR2 \nUser2 : Disabled, N/A\n----------------------------\n";
 
 const Calls kStatusCalls{"Lantivo --list_User_ACE_Locking_range /dev/sda pw 0",
                          "Lantivo --list_User_ACE_Locking_range /dev/sda pw 1",
-                         "Lantivo --list_User_ACE_Locking_range /dev/sda pw 2", "Lantivo --ListUserStatus pw /dev/sda"};
+                         "Lantivo --list_User_ACE_Locking_range /dev/sda pw 2",
+                         "Lantivo --ListUserStatus pw /dev/sda"};
 
 const std::string kWhichUser = "Which User you want to setup (1 ~ 9)? ";
 const std::string kContinue = "\nDo you want to continue setting user's password? (Y/N)\n";
@@ -34,13 +36,13 @@ TEST(UserSessionTest, EnablesUsersAndSetsTheirPasswordsUntilNo) {
       .On("sedutil-cli", "-n --enableUser pw User0009 /dev/sda", kWrongPasswordText)
       .On("sedutil-cli", "-n --setPassword pw User0009 nine /dev/sda", kWrongPasswordText);
   s.Run(kLogin + "6\n3abc\ns3cret\ny\n9\nnine\nn\n\n");
-  EXPECT_EQ(ActionOutput(s, 2), kUserStatus + kWhichUser +
-                                    "Please enter User3's password (w/o space): The password is: s3cret\n"
-                                    "User0003 has been enabled \nEnable User3 OK!!\nSet User3 password OK!!\n" +
-                                    kContinue + kWhichUser +
-                                    "Please enter User9's password (w/o space): The password is: nine\n" +
-                                    kWrongPasswordText + "Enable User9 fail!!\nSet User9 password fail!!\n" +
-                                    kContinue + kPause);
+  EXPECT_EQ(ActionOutput(s, 2),
+            kUserStatus + kWhichUser +
+                "Please enter User3's password (w/o space): The password is: s3cret\n"
+                "User0003 has been enabled \nEnable User3 OK!!\nSet User3 password OK!!\n" +
+                kContinue + kWhichUser +
+                "Please enter User9's password (w/o space): The password is: nine\n" + kWrongPasswordText +
+                "Enable User9 fail!!\nSet User9 password fail!!\n" + kContinue + kPause);
   // The users are listed once, and User9's password is set although
   // enabling it failed.
   Calls expected = kStatusCalls;
@@ -68,10 +70,11 @@ TEST(UserSessionTest, InputEndingAfterTheUserNumberSetsAnEmptyPassword) {
   Session s;
   WithUsers(s).On("sedutil-cli", "-n --enableUser pw User0002 /dev/sda", "User0002 has been enabled \n");
   s.Run(kLogin + "6\n2\n");
-  EXPECT_EQ(ActionOutput(s, 2), kUserStatus + kWhichUser +
-                                    "Please enter User2's password (w/o space): The password is: \n"
-                                    "User0002 has been enabled \nEnable User2 OK!!\nSet User2 password fail!!\n" +
-                                    kContinue + kPause);
+  EXPECT_EQ(ActionOutput(s, 2),
+            kUserStatus + kWhichUser +
+                "Please enter User2's password (w/o space): The password is: \n"
+                "User0002 has been enabled \nEnable User2 OK!!\nSet User2 password fail!!\n" +
+                kContinue + kPause);
   Calls expected = kStatusCalls;
   expected.push_back("sedutil-cli -n --enableUser pw User0002 /dev/sda");
   expected.push_back("sedutil-cli -n --setPassword pw User0002 /dev/sda");  // the shell drops the empty word
