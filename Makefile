@@ -72,3 +72,22 @@ clean: clean-fuzz
 
 clean-fuzz:
 	rm -rf $(FUZZ_DIR)
+
+# `make bench` builds the benchmarks in $(BENCH_DIR) (needs libbenchmark-dev)
+# and runs them: the parsers on outputs of 10 to 100 000 lines, then a whole
+# session beside the bare command lines (bench/README.md).
+BENCH_DIR  ?= build-bench
+BENCH_RUNS ?= 30
+
+.PHONY: bench clean-bench
+
+bench:
+	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRAK_BENCH=ON -DVELTRAK_TESTS=OFF
+	cmake --build $(BENCH_DIR) -j$(JOBS) --target veltrak drivesim parsers_bench measure popen_replay
+	$(BENCH_DIR)/bench/parsers_bench
+	bench/session_bench.sh $(BENCH_DIR) $(BENCH_RUNS)
+
+clean: clean-bench
+
+clean-bench:
+	rm -rf $(BENCH_DIR)
