@@ -144,6 +144,7 @@ awk -v runs="$runs" -v tools="$tool_runs" -v clears="$clear_runs" \
   printf "  CPU, whole tree    Veltrak %7.1f ms   bare command lines %7.1f ms   difference %+.2f%%\n", tv / ms, tr / ms, (tv - tr) / tr * 100
   printf "  CPU, driver alone  Veltrak %7.2f ms   shell running them %7.2f ms\n", ov / ms, or / ms
   printf "  a bare popen loop reading the same command lines: wall %.1f ms, whole tree %.1f ms, itself %.2f ms\n", wp / ms, tp / ms, op / ms
+  printf "    Veltrak beside it: wall %+.2f%%, whole tree %+.2f%%\n", (wv - wp) / wp * 100, (tv - tp) / tp * 100
   printf "  Veltrak adds %.2f ms of its own CPU: %.2f%% of the bare wall time\n", (ov - or) / ms, (ov - or) / wr * 100
   printf "  peak resident memory: Veltrak %.2f MiB; largest process of the session tree %.2f MiB\n", own / 1024, tree / 1024
 }'
