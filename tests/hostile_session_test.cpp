@@ -200,6 +200,16 @@ TEST(HostileSessionTest, RandomSessionsEndCleanly) {
 // Every single answer hostile, at every prompt of one path through the
 // screens, with the rest of the path kept as it was.
 TEST(HostileSessionTest, EachPromptOfTheWalkthroughTakesAHostileAnswer) {
+  // The path itself must go through the screens, or the variations below
+  // would test nothing but the exit.
+  std::string path;
+  for (const std::string& answer : kWalkthrough) path += answer + "\n";
+  const Outcome plain = RunOnSimulator(path);
+  ASSERT_EQ(plain.status, 0);
+  for (const char* step : {"Enable OPAL OK", "Set done", "Enable User1 OK!!", "Set Priviledge OK!!",
+                           "Access Right of Locking Range  1 :     Admin1  User1"}) {
+    ASSERT_NE(plain.screen.find(step), std::string::npos) << step << "\n" << Shown(plain.screen, 5000);
+  }
   HostileInput hostile(7);
   for (size_t at = 0; at + 1 < kWalkthrough.size(); ++at) {
     std::string input;
@@ -225,6 +235,8 @@ TEST(HostileSessionTest, InputEndingAtEveryPromptEndsCleanly) {
 // lists and passwords.
 TEST(HostileSessionTest, ExtremeAnswersAtTheOpenMenuEndCleanly) {
   const std::string open = "11\nZep2024\nY\n\n";
+  const Outcome opened = RunOnSimulator(open + "0\n");
+  ASSERT_NE(opened.screen.find("Password correct"), std::string::npos) << Shown(opened.screen, 5000);
   const std::string huge = std::string(100000, '9');
   const std::string long_word = std::string(100000, 'p');
   const std::string list(50000, ',');
