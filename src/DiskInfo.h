@@ -136,7 +136,7 @@ class DiskInfo {
   bool ListUserStatus() const;
 
  private:
-  bool m_address_already = false;  // set at construction, read by nothing
+  [[maybe_unused]] bool m_address_already = false;  // set at construction, read by nothing
   std::string m_FileDescriptor;
   std::string m_DeviceName;
   std::string m_Firmware;
