@@ -1,0 +1,45 @@
+# When a command of the protection sequence fails, the rest is not run and
+# "SetLockingRange Error" is shown.
+--- use owned
+--- tool Lantivo --disableLockingRange *
+LockingRange 1 success
+--- tool Lantivo --enableLockingRange *
+success
+NOT_AUTHORIZED
+--- input
+11
+pw
+y
+
+4
+1
+2
+1
+
+--- screen
+/dev/sda	KVX 480GB	SBFK71F3		2
+[menu /dev/sda: 0 1 11 17]
+Please enter your admin password (w/o space): Your password is: pw
+Are you sure this is your admin password? (Y/N): Password correct
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+Now status
+=======================================================================================================
+Locking Range     Begin    Length   ReadLock Enabled   WriteLock Enabled    ReadLocked    WriteLocked
+ 0                   0         0           N                  N                 N              N
+ 1                2048      4096           Y                  Y                 Y              Y
+ 2                8192      8192           N                  Y                 N              Y
+=======================================================================================================
+Which Locking Range you want to setup (0 ~ 2)? others:exit  Which protection mode do you want to set (1: Read and Write; 2: Read Only; others: Read and Write LocK)? Enable or disable Locking Range (1: enable; others: diasble)? SetLockingRange Error
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+--- calls
+sedutil-cli -n --scan
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+Lantivo --disableLockingRange 1 pw R /dev/sda
+Lantivo --enableLockingRange 1 pw W /dev/sda
+sedutil-cli -n --query /dev/sda
+--- status 0

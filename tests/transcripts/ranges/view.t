@@ -1,0 +1,33 @@
+# Action 3 on an owned drive re-reads the ranges and shows their table.
+--- use owned
+--- input
+11
+pw
+y
+
+3
+
+--- screen
+/dev/sda	KVX 480GB	SBFK71F3		2
+[menu /dev/sda: 0 1 11 17]
+Please enter your admin password (w/o space): Your password is: pw
+Are you sure this is your admin password? (Y/N): Password correct
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+Now status
+=======================================================================================================
+Locking Range     Begin    Length   ReadLock Enabled   WriteLock Enabled    ReadLocked    WriteLocked
+ 0                   0         0           N                  N                 N              N
+ 1                2048      4096           Y                  Y                 Y              Y
+ 2                8192      8192           N                  Y                 N              Y
+=======================================================================================================
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+--- calls
+sedutil-cli -n --scan
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+--- status 0
