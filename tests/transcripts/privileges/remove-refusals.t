@@ -1,0 +1,73 @@
+# Action 9 refuses ranges at or past the drive's range count (3 of three,
+# -1, 9), also on a later round.
+--- use owned
+--- use access-lists
+--- input
+11
+pw
+y
+
+9
+3
+
+9
+-1
+
+9
+9
+
+9
+1
+y
+8
+
+--- screen
+/dev/sda	KVX 480GB	SBFK71F3		2
+[menu /dev/sda: 0 1 11 17]
+Please enter your admin password (w/o space): Your password is: pw
+Are you sure this is your admin password? (Y/N): Password correct
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+Which Locking Range you want to setup (0~8)?
+Wrong index choosen!!
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+Which Locking Range you want to setup (0~8)?
+Wrong index choosen!!
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+Which Locking Range you want to setup (0~8)?
+Wrong index choosen!!
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+Which Locking Range you want to setup (0~8)?
+remove done
+
+
+Access Right of Locking Range  0 :     Admin1
+Access Right of Locking Range  1 :     Admin1  User1  User3
+
+
+Do you want to continue removing? (Y/N)
+Which Locking Range you want to setup (0~8)?
+Wrong index choosen!!
+
+Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
+--- calls
+sedutil-cli -n --scan
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+sedutil-cli -n --query /dev/sda
+sedutil-cli -n --listLockingRanges pw /dev/sda
+Lantivo --Delete_AllUser_ACE_Locking_range /dev/sda pw 1
+Lantivo --list_User_ACE_Locking_range /dev/sda pw 0
+Lantivo --list_User_ACE_Locking_range /dev/sda pw 1
+Lantivo --list_User_ACE_Locking_range /dev/sda pw 2
+sedutil-cli -n --query /dev/sda
+--- status 0
