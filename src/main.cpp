@@ -56,12 +56,13 @@ bool InBounds(std::optional<int> number, uint32_t first, uint64_t end) {
   return value >= first && value < end;
 }
 
-// The action number. A read that fails (end of input, a non-number, a number
-// beyond int, or an input already failed by an earlier answer) counts as 0,
-// the exit, so the loop can never spin on a dead input.
+// The action number as stream extraction stores it: 0, the exit, for end of
+// input, a non-number or an input already failed by an earlier answer, so the
+// loop never spins on a dead input; the nearest int for a number beyond int,
+// which no menu offers.
 int ReadActionNumber() {
   int action = 0;
-  if (!(std::cin >> action)) return 0;
+  std::cin >> action;
   return action;
 }
 
