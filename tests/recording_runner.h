@@ -1,16 +1,21 @@
 // A stand-in for the shell: records every tool command line handed to
-// GetCmdResponse and answers with scripted output, in call order.
+// GetCmdResponse and answers with scripted output, in call order; and a drive
+// whose Opal state was read through it.
 #pragma once
 
 #include <deque>
 #include <string>
 #include <vector>
 
+#include "DiskInfo.h"
+#include "tool_text.h"
 #include "utils.h"
 
 class RecordingRunner : public CommandRunner {
  public:
-  RecordingRunner() : previous_(SetCommandRunner(this)) {}
+  // replies: the texts the first commands print, in order.
+  explicit RecordingRunner(std::vector<std::string> replies = {})
+      : previous_(SetCommandRunner(this)), replies_(replies.begin(), replies.end()) {}
   ~RecordingRunner() override { SetCommandRunner(previous_); }
   RecordingRunner(const RecordingRunner&) = delete;
   RecordingRunner& operator=(const RecordingRunner&) = delete;
@@ -36,3 +41,16 @@ class RecordingRunner : public CommandRunner {
   CommandRunner* previous_;
   std::deque<std::string> replies_;
 };
+
+// The drive at device as a query left it: Opal version from version ("No":
+// none), enabled unless enabled is false; with password as the admin password
+// and "sid" as the SID password.
+inline DiskInfo OwnedDrive(const std::string& device = "/dev/sda", const std::string& password = "pw",
+                           const std::string& version = "2", bool enabled = true) {
+  RecordingRunner query({QueryText(device, false, enabled)});
+  DiskInfo disk(device, "KVX 480GB", "F1", version);
+  disk.UpdateOPALStatus();
+  disk.SetAdmin1Pwd(password);
+  disk.SetSIDPwd("sid");
+  return disk;
+}

@@ -1,9 +1,12 @@
-// Feeds in-process code a scripted standard input, for code that pauses.
+// Standard input and output of in-process code: a scripted standard input
+// for code that asks or pauses, and the capture of what it prints.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <functional>
 #include <iostream>
 #include <string>
 
@@ -18,7 +21,11 @@ class ScopedStdin {
     std::clearerr(stdin);
     std::cin.clear();
   }
+  // Unread input is drained first, so that what stdio buffered cannot leak
+  // into the next reader.
   ~ScopedStdin() {
+    while (std::fgetc(stdin) != EOF) {
+    }
     dup2(saved_, fileno(stdin));
     close(saved_);
     std::clearerr(stdin);
@@ -30,3 +37,11 @@ class ScopedStdin {
  private:
   int saved_;
 };
+
+// Runs code and returns everything it wrote to standard output.
+inline std::string Printed(const std::function<void()>& code) {
+  testing::internal::CaptureStdout();
+  code();
+  std::fflush(stdout);
+  return testing::internal::GetCapturedStdout();
+}
