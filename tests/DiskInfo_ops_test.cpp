@@ -1,9 +1,10 @@
 // Drive operations through the recording runner: the exact command lines,
-// the verdict each reads from the tool's text, and what each echoes.
+// the guards, the verdict each reads from the tool's text, and what each echoes.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <functional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -16,371 +17,203 @@ namespace {
 
 using Op = std::function<bool(DiskInfo&)>;
 using Lines = std::vector<std::string>;
+#define OP(call) [](DiskInfo& d) { return d.call; }
 
-const std::string kPsid = "80213657490812736459018273645091";
-const std::string kRule = "----------------------------\n";
+const std::string kRule = "----------------------------\n", kPause = "\nEnter any key to continue...";
+constexpr bool kGuard = true, kAlways = false;  // whether Opal being off stops the operation
 
 std::string Sed(const std::string& operands) { return "./sedutil-cli -n " + operands; }
 std::string Lan(const std::string& operands) { return "./Lantivo " + operands; }
 
-// A drive whose Opal state came from a query, with the passwords held; by
-// default owned, as the full menu sees it. The query has a runner of its own
-// so that the test's runner records only the operation's commands.
-DiskInfo OpalDrive(const std::string& password = "pw", const std::string& version = "2",
-                   bool enabled = true) {
-  RecordingRunner query;
-  query.Reply(QueryText("/dev/sda", false, enabled));
-  DiskInfo disk("/dev/sda", "KVX 480GB", "F1", version);
-  disk.UpdateOPALStatus();
-  disk.SetAdmin1Pwd(password);
-  disk.SetSIDPwd("sid");
-  return disk;
-}
-
-// An owned drive whose range listing reported count ranges; with partitions,
-// handled as that many partitions of prefix. The ranges are numbered from 5,
-// so that a listing which went by a range's number rather than its position
-// in the list would ask the wrong ranges.
+// An owned drive with count ranges, handled as partitions under prefix when
+// partitions is not 0. The ranges are numbered from 5, so that a listing which
+// went by a range's number rather than by its position would ask the wrong ones.
 DiskInfo DriveWithRanges(unsigned count, uint32_t partitions = 0, const std::string& prefix = "") {
-  DiskInfo disk = OpalDrive();
-  disk.Set2Parted(partitions != 0);
+  DiskInfo disk = OwnedDrive();
   disk.SetBlockNum(partitions);
   disk.SetPrefixName(prefix);
   std::vector<RangeEntry> ranges;
   for (unsigned i = 0; i < count; ++i) ranges.push_back({i + 5, 8LL * i, 8});
-  RecordingRunner listing;
-  listing.Reply(RangesText("/dev/sda", ranges));
+  RecordingRunner listing({RangesText("/dev/sda", ranges)});
   disk.UpdateLockingRangesStatus();
   return disk;
 }
 
-Lines AccessListCommands(const std::vector<int>& ranges) {
-  Lines commands;
-  for (int range : ranges) {
-    commands.push_back(Lan("--list_User_ACE_Locking_range /dev/sda pw " + std::to_string(range)));
-  }
-  return commands;
+struct Outcome { bool result = false; Lines commands; std::string printed; };
+
+// Runs op on disk, the tool printing replies in turn.
+Outcome RunOp(const Op& op, DiskInfo disk, const Lines& replies = {}) {
+  RecordingRunner runner(replies);
+  bool result = false;
+  const std::string printed = Printed([&] { result = op(disk); });
+  return {result, runner.commands, printed};
 }
 
-// apply_table is process-wide and only ever gains marks; tests that read it
-// start from a clean one so that marks left by earlier tests do not show.
-void ClearApplyTable() { std::memset(apply_table, 0, sizeof apply_table); }
-
-std::string Captured(const std::function<void()>& run) {
-  testing::internal::CaptureStdout();
-  run();
-  return testing::internal::GetCapturedStdout();
+// The access-list command of each range.
+Lines AccessLists(const std::vector<int>& ranges) {
+  Lines out;
+  for (int r : ranges) out.push_back(Lan("--list_User_ACE_Locking_range /dev/sda pw ") + std::to_string(r));
+  return out;
 }
 
 }  // namespace
 
-TEST(DiskInfoOpsTest, CommandLinesAndVerdictOnSilence) {
-  struct Case {
-    Op op;
-    Lines commands;
-    bool silent_result;  // the verdict when the tool prints nothing
-  } cases[] = {
-      {[](DiskInfo& d) { return d.SetupLockingRange(1, 2048, uint64_t(-8)); },
-       {Sed("--setupLockingRange 1 2048 18446744073709551608 pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus(4, "rw"); },
-       {Sed("--setLockingRange 4 rw pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.EnableLockingRange(3, true); },
-       {Sed("--enableLockingRange 3 pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.EnableLockingRange(3, false); },
-       {Sed("--disableLockingRange 3 pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus_TCG_V2_5(2, "RW", 1); },
-       {Lan("--disableLockingRange 2 pw RW /dev/sda"), Lan("--setLockingRange 2 N N pw /dev/sda")},
-       true},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus_TCG_V2_5(2, "RO", 1); },
-       {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda"),
-        Lan("--setLockingRange 2 N Y pw /dev/sda")}, true},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus_TCG_V2_5(0, "LK", 1); },
-       {Lan("--enableLockingRange 0 pw RW /dev/sda"), Lan("--setLockingRange 0 Y Y pw /dev/sda")},
-       true},
-      {[](DiskInfo& d) { return d.EnableUser(0); },
-       {Sed("--enableUser pw User0000 /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.SetUserPwd(9, "new"); },
-       {Sed("--setPassword pw User0009 new /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.SetPrevilege2LR(2, "User1 User3 "); },
-       {Lan("--Add_ACE_Locking_range /dev/sda pw 2 User1 User3 ")}, true},
-      {[](DiskInfo& d) { return d.SetPrevilege2LR(12, ""); },
-       {Lan("--Add_ACE_Locking_range /dev/sda pw 12 ")}, true},
-      {[](DiskInfo& d) { return d.RemoveAllUserFromLR(8); },
-       {Lan("--Delete_AllUser_ACE_Locking_range /dev/sda pw 8")}, true},
-      {[](DiskInfo& d) { return d.DisableOPAL(); },
-       {Sed("--disableLockingRange 0 pw /dev/sda"), Sed("--revertNoErase pw /dev/sda"),
-        Sed("--revertTPer sid /dev/sda")}, true},
-      {[](DiskInfo& d) { return d.RevertSSD(); }, {Sed("--revertTPer sid /dev/sda")}, true},
-      {[](DiskInfo& d) { return d.EraseAllData(kPsid); },
-       {Sed("--yesIreallywanttoERASEALLmydatausingthePSID " + kPsid + " /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.EnableMBR(); }, {Sed("--setMBREnable ON pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.DisableMBR(); }, {Sed("--setMBREnable OFF pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.SetMBR(); }, {Sed("--setMBRDone ON pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.UnSetMBR(); }, {Sed("--setMBRDone OFF pw /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.LoadImage("default"); },
-       {Sed("--loadPBAimage pw PBA.img /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.LoadImage("Default"); },
-       {Sed("--loadPBAimage pw Default /dev/sda")}, false},
-      {[](DiskInfo& d) { return d.OPAL_ScanResult(); }, {Lan("--scan ")}, true},
-      {[](DiskInfo& d) { return d.ListUserStatus(); }, {Lan("--ListUserStatus pw /dev/sda")}, true},
-  };
-  for (const Case& c : cases) {
-    RecordingRunner runner;
-    DiskInfo disk = OpalDrive();
-    bool result = !c.silent_result;
-    Captured([&] { result = c.op(disk); });
-    EXPECT_EQ(runner.commands, c.commands);
-    EXPECT_EQ(result, c.silent_result) << c.commands[0];
-  }
-}
-
-TEST(DiskInfoOpsTest, EmptyPasswordLeavesTwoBlanksInARow) {
-  RecordingRunner runner;
-  DiskInfo disk = OpalDrive("");
-  Captured([&] { disk.EnableUser(1); });
-  disk.SetPrevilege2LR(2, "User1 ");
-  disk.LoadImage("default");
-  EXPECT_EQ(runner.commands, (Lines{Sed("--enableUser  User0001 /dev/sda"),
-                                    Lan("--Add_ACE_Locking_range /dev/sda  2 User1 "),
-                                    Sed("--loadPBAimage  PBA.img /dev/sda")}));
-}
-
-TEST(DiskInfoOpsTest, InactiveOpalRunsNothingExceptUnguardedOperations) {
-  for (const DiskInfo& inactive : {OpalDrive("pw", "No"), OpalDrive("pw", "2", false)}) {
-    RecordingRunner runner;
-    DiskInfo disk = inactive;
-    bool all_true = false;
-    const std::string out = Captured([&] {
-      all_true = disk.SetupLockingRange(1, 8, 8) && disk.SetLockingRangeStatus(1, "LK") &&
-                 disk.EnableLockingRange(1, true) &&
-                 disk.SetLockingRangeStatus_TCG_V2_5(1, "LK", 1) && disk.EnableUser(1) &&
-                 disk.SetUserPwd(1, "x") && disk.RemoveAllUserFromLR(1) &&
-                 disk.EnableMBR() && disk.DisableMBR() && disk.SetMBR() && disk.UnSetMBR() &&
-                 disk.LoadImage("default");
-    });
-    EXPECT_TRUE(all_true);
-    EXPECT_EQ(out, "WTF\n") << "only EnableUser complains";
-    EXPECT_TRUE(runner.commands.empty());
-    // Grant, revert and erase look at no Opal state.
-    disk.SetPrevilege2LR(1, "");
-    disk.DisableOPAL();
-    disk.EraseAllData(kPsid);
-    EXPECT_EQ(runner.commands.size(), 5u) << inactive.GetOPALVer();
-  }
-}
-
-TEST(DiskInfoOpsTest, BoundsAndNoOpRequestsOnAnActiveDrive) {
-  RecordingRunner runner;
-  DiskInfo disk = OpalDrive();
-  std::vector<uint32_t> users{1};
-  EXPECT_TRUE(disk.EnableUser(10));
-  EXPECT_FALSE(disk.SetUserPwd(10, "x"));
-  EXPECT_FALSE(disk.RemoveAllUserFromLR(9));
-  for (uint32_t enable : {0u, 2u}) {
-    EXPECT_TRUE(disk.SetLockingRangeStatus_TCG_V2_5(1, "RW", enable)) << enable;
-  }
-  for (const char* mode : {"rw", "Lk", "XX", ""}) {
-    EXPECT_TRUE(disk.SetLockingRangeStatus_TCG_V2_5(1, mode, 1)) << mode;
-  }
-  EXPECT_TRUE(disk.ListAccessSetting() && disk.SetAccessSetting(3, true, users));
-  EXPECT_TRUE(runner.commands.empty());
-}
-
-TEST(DiskInfoOpsTest, FirstLineWithThePhraseDecides) {
-  struct Case {
-    Op op;
-    std::string output;
-    bool expected;
-  } cases[] = {
-      {[](DiskInfo& d) { return d.SetupLockingRange(2, 8, 8); }, "LockingRange1 reKeyed \n", false},
-      {[](DiskInfo& d) { return d.SetupLockingRange(2, 8, 8); }, "x LockingRange2 reKeyed y", true},
-      {[](DiskInfo& d) { return d.SetupLockingRange(1, 8, 8); }, "w\nLockingRange1 reKeyed ", true},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus(1, "R"); }, "LockingRange1 set to L", true},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus(1, "R"); }, "LockingRange10 set to", false},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus(1, "RO"); }, "LockingRange1 set to", false},
-      {[](DiskInfo& d) { return d.EnableLockingRange(3, false); }, "LockingRange3 disabled ", true},
-      {[](DiskInfo& d) { return d.EnableLockingRange(3, true); }, "LockingRange3 enabled ", false},
-      {[](DiskInfo& d) { return d.EnableLockingRange(3, true); },
-       "\nLockingRange3 enabled ReadLocking,WriteLocking\n", true},
-      {[](DiskInfo& d) { return d.EnableUser(1); }, "Incorrect number of paramaters\n", false},
-      {[](DiskInfo& d) { return d.SetUserPwd(1, "x"); }, "a\nUser0001 password changed\n", true},
-      {[](DiskInfo& d) { return d.EraseAllData(kPsid); }, "completed successfully\n", true},
-      {[](DiskInfo& d) { return d.EraseAllData(kPsid); }, "warning\ncompleted successfully", false},
-      // The shadow-MBR family reports false once its command was sent.
-      {[](DiskInfo& d) { return d.EnableMBR(); }, "MBRDone set on \nMBREnable set on \n", false},
-  };
-  for (const Case& c : cases) {
-    RecordingRunner runner;
-    DiskInfo disk = OpalDrive();
-    runner.Reply(c.output);
-    bool result = !c.expected;
-    Captured([&] { result = c.op(disk); });
-    EXPECT_EQ(result, c.expected) << c.output;
-  }
-}
-
-TEST(DiskInfoOpsTest, EchoStopsWhereEachOperationStopsReading) {
-  const std::string to_range = "a\nb\nLockingRange1 reKeyed \n";
-  const std::string to_user = to_range + "User0001 has been enabled \n";
-  const std::string out = to_user + "e\n";
+TEST(DiskInfoOpsTest, CommandLinesGuardsVerdictsAndEcho) {
+  const std::string to_user = "a\nLockingRange1 reKeyed \nUser0001 has been enabled \n", out = to_user + "b";
   const std::string pba = "Writing PBA to /dev/sda\n1024 of 2048 50% blk=0 \r2048 of 2048 100% \r\n"
                           "PBA image  PBA.img written to /dev/sda\n";
-  struct Case {
-    Op op;
-    std::string reply, printed;
-  } cases[] = {
-      {[](DiskInfo& d) { return d.SetupLockingRange(1, 8, 8); }, out, to_range},
-      {[](DiskInfo& d) { return d.EnableUser(1); }, out, to_user},
-      {[](DiskInfo& d) { return d.SetUserPwd(1, "x"); }, out, ""},
-      {[](DiskInfo& d) { return d.SetLockingRangeStatus(1, "RW"); }, out, ""},
-      {[](DiskInfo& d) { return d.EnableLockingRange(1, true); }, out, ""},
-      {[](DiskInfo& d) { return d.EnableMBR(); }, out, ""},
-      {[](DiskInfo& d) { return d.SetPrevilege2LR(1, ""); }, out, ""},
-      {[](DiskInfo& d) { return d.DisableOPAL(); }, out, ""},
-      {[](DiskInfo& d) { return d.SetMBR(); }, out, out},
-      {[](DiskInfo& d) { return d.UnSetMBR(); }, "a\nb", "a\nb\n"},
-      {[](DiskInfo& d) { return d.RevertSSD(); }, out, out},
-      {[](DiskInfo& d) { return d.OPAL_ScanResult(); }, out, out},
-      {[](DiskInfo& d) { return d.LoadImage("default"); }, pba, pba},
+  struct Case { Op op; Lines commands, replies; bool result, guarded;
+                std::string printed = "", idle_echo = ""; };
+  const Case cases[] = {
+      // sedutil's verdict is the first line holding the phrase; the lines
+      // shown, where any are, are those read up to it.
+      {OP(SetupLockingRange(2, 2048, uint64_t(-8))),
+       {Sed("--setupLockingRange 2 2048 18446744073709551608 pw /dev/sda")}, {"LockingRange1 reKeyed \nb"},
+       false, kGuard, "LockingRange1 reKeyed \nb\n"},
+      {OP(SetupLockingRange(1, 8, 8)), {Sed("--setupLockingRange 1 8 8 pw /dev/sda")}, {out}, true, kGuard,
+       "a\nLockingRange1 reKeyed \n"},
+      {OP(SetLockingRangeStatus(1, "R")), {Sed("--setLockingRange 1 R pw /dev/sda")},
+       {"x LockingRange1 set to L"}, true, kGuard},
+      {OP(SetLockingRangeStatus(4, "rw")), {Sed("--setLockingRange 4 rw pw /dev/sda")},
+       {"LockingRange40 set to L\nLockingRange4 set to"}, false, kGuard},
+      {OP(EnableLockingRange(3, true)), {Sed("--enableLockingRange 3 pw /dev/sda")},
+       {"\nLockingRange3 enabled ReadLocking,WriteLocking\n"}, true, kGuard},
+      {OP(EnableLockingRange(3, true)), {Sed("--enableLockingRange 3 pw /dev/sda")},
+       {"LockingRange3 enabled"}, false, kGuard},
+      {OP(EnableLockingRange(3, false)), {Sed("--disableLockingRange 3 pw /dev/sda")},
+       {"LockingRange3 disabled "}, true, kGuard},
+      {OP(EnableLockingRange(3, false)), {Sed("--disableLockingRange 3 pw /dev/sda")}, {}, false, kGuard},
+      {OP(EnableUser(0)), {Sed("--enableUser pw User0000 /dev/sda")}, {out}, true, kGuard, to_user, "WTF\n"},
+      {OP(EnableUser(1)), {Sed("--enableUser pw User0001 /dev/sda")}, {}, false, kGuard, "", "WTF\n"},
+      {OP(EnableUser(10)), {}, {}, true, kGuard, "", "WTF\n"},
+      {OP(SetUserPwd(9, "new")), {Sed("--setPassword pw User0009 new /dev/sda")},
+       {"a\nUser0009 password changed\n"}, true, kGuard},
+      {OP(SetUserPwd(1, "x")), {Sed("--setPassword pw User0001 x /dev/sda")}, {}, false, kGuard},
+      {OP(SetUserPwd(10, "new")), {}, {}, false, kGuard},
+      // Erase reads the first line only.
+      {OP(EraseAllData("80213657")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 80213657 /dev/sda")},
+       {"completed successfully\n"}, true, kAlways},
+      {OP(EraseAllData("1")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 1 /dev/sda")},
+       {"warning\ncompleted successfully"}, false, kAlways},
+      {OP(EraseAllData("1")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 1 /dev/sda")}, {}, false,
+       kAlways},
+      // The protection modes need "success" on every line, an output without
+      // lines included, and stop at the first command that fails.
+      {OP(SetLockingRangeStatus_TCG_V2_5(2, "RW", 1)),
+       {Lan("--disableLockingRange 2 pw RW /dev/sda"), Lan("--setLockingRange 2 N N pw /dev/sda")}, {}, true,
+       kGuard},
+      {OP(SetLockingRangeStatus_TCG_V2_5(2, "RO", 1)),
+       {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda"),
+        Lan("--setLockingRange 2 N Y pw /dev/sda")},
+       {"range 2 success\nsuccess", "success\n", "success\n"}, true, kGuard},
+      {OP(SetLockingRangeStatus_TCG_V2_5(0, "LK", 1)),
+       {Lan("--enableLockingRange 0 pw RW /dev/sda"), Lan("--setLockingRange 0 Y Y pw /dev/sda")}, {}, true,
+       kGuard},
+      {OP(SetLockingRangeStatus_TCG_V2_5(0, "LK", 1)), {Lan("--enableLockingRange 0 pw RW /dev/sda")},
+       {"Lantivo v2\nsuccess\n"}, false, kGuard},
+      {OP(SetLockingRangeStatus_TCG_V2_5(2, "RO", 1)),
+       {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda")},
+       {"success\n", "success\n\n", "success\n"}, false, kGuard},
+      // Only enable 1 acts, and only for the three exact modes.
+      {OP(SetLockingRangeStatus_TCG_V2_5(1, "RW", 0)), {}, {}, true, kGuard},
+      {OP(SetLockingRangeStatus_TCG_V2_5(1, "RW", 2)), {}, {}, true, kGuard},
+      {OP(SetLockingRangeStatus_TCG_V2_5(1, "rw", 1)), {}, {}, true, kGuard},
+      // A grant reports true whatever the tool said.
+      {OP(SetPrevilege2LR(2, "User1 User3 ")), {Lan("--Add_ACE_Locking_range /dev/sda pw 2 User1 User3 ")},
+       {out}, true, kAlways},
+      {OP(SetPrevilege2LR(12, "")), {Lan("--Add_ACE_Locking_range /dev/sda pw 12 ")}, {}, true, kAlways},
+      {OP(RemoveAllUserFromLR(8)), {Lan("--Delete_AllUser_ACE_Locking_range /dev/sda pw 8")}, {out}, true,
+       kGuard},
+      {OP(RemoveAllUserFromLR(9)), {}, {}, false, kGuard},
+      {OP(DisableOPAL()),
+       {Sed("--disableLockingRange 0 pw /dev/sda"), Sed("--revertNoErase pw /dev/sda"),
+        Sed("--revertTPer sid /dev/sda")}, {out}, true, kAlways},
+      {OP(RevertSSD()), {Sed("--revertTPer sid /dev/sda")}, {out}, true, kAlways, out + "\n"},
+      // The shadow-MBR family reports false once its command was sent.
+      {OP(EnableMBR()), {Sed("--setMBREnable ON pw /dev/sda")}, {"MBREnable set on \n"}, false, kGuard},
+      {OP(DisableMBR()), {Sed("--setMBREnable OFF pw /dev/sda")}, {out}, false, kGuard},
+      {OP(SetMBR()), {Sed("--setMBRDone ON pw /dev/sda")}, {out}, false, kGuard, out + "\n"},
+      {OP(UnSetMBR()), {Sed("--setMBRDone OFF pw /dev/sda")}, {out}, false, kGuard, out + "\n"},
+      {OP(LoadImage("default")), {Sed("--loadPBAimage pw PBA.img /dev/sda")}, {pba}, false, kGuard, pba},
+      {OP(LoadImage("Default")), {Sed("--loadPBAimage pw Default /dev/sda")}, {}, false, kGuard},
+      {OP(OPAL_ScanResult()), {Lan("--scan ")}, {out}, true, kAlways, out + "\n"},
+      {OP(ListUserStatus()), {Lan("--ListUserStatus pw /dev/sda")}, {}, true, kAlways, kRule},
   };
   for (const Case& c : cases) {
-    RecordingRunner runner;
-    DiskInfo disk = OpalDrive();
-    runner.Reply(c.reply);
-    EXPECT_EQ(Captured([&] { c.op(disk); }), c.printed) << c.reply;
+    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+    const Outcome run = RunOp(c.op, OwnedDrive(), c.replies);
+    EXPECT_EQ(run.commands, c.commands);
+    EXPECT_EQ(run.result, c.result);
+    EXPECT_EQ(run.printed, c.printed);
+    Lines blank = c.commands;  // an empty password leaves two blanks in a row
+    for (std::string& command : blank) command = std::regex_replace(command, std::regex(" pw "), "  ");
+    EXPECT_EQ(RunOp(c.op, OwnedDrive("/dev/sda", ""), c.replies).commands, blank);
+    // Without Opal, or with Opal not enabled, a guarded operation sends nothing and reports true.
+    for (const DiskInfo& idle :
+         {OwnedDrive("/dev/sda", "pw", "No"), OwnedDrive("/dev/sda", "pw", "2", false)}) {
+      const Outcome still = RunOp(c.op, idle, c.replies);
+      EXPECT_EQ(still.commands, c.guarded ? Lines{} : c.commands);
+      EXPECT_EQ(still.result, c.guarded || c.result);
+      EXPECT_EQ(still.printed, c.guarded ? c.idle_echo : c.printed);
+    }
   }
 }
 
-TEST(DiskInfoOpsTest, ProtectionModeNeedsSuccessOnEveryLineAndStopsAtFirstFailure) {
-  struct Case {
-    Lines replies;
-    bool expected;
-    size_t commands_run;
-  } cases[] = {
-      {{"", "", ""}, true, 3},
-      {{"range 1 success\nsuccess", "success\n", "success\n"}, true, 3},
-      {{"Lantivo v2\nsuccess\n"}, false, 1},  // a banner line fails
-      {{"success\n\nsuccess\n"}, false, 1},   // so does a blank one
-      {{"success\n", "success\nwrong password\n", "success\n"}, false, 2},
-  };
-  for (const Case& c : cases) {
-    RecordingRunner runner;
-    DiskInfo disk = OpalDrive();
-    for (const std::string& reply : c.replies) runner.Reply(reply);
-    EXPECT_EQ(disk.SetLockingRangeStatus_TCG_V2_5(1, "RO", 1), c.expected) << c.replies[0];
-    EXPECT_EQ(runner.commands.size(), c.commands_run) << c.replies[0];
-  }
-}
-
-TEST(DiskInfoOpsTest, AccessRightPrintsEachRangeOrPartition) {
-  struct Case {
-    unsigned ranges;
-    uint32_t partitions;
-    std::string prefix;
-    Lines replies;
-    std::vector<int> asked;
-    std::string printed;
-  } cases[] = {
-      {3, 0, "",
-       {"Admin1 can access Locking Range 0\n", "",
-        "Admin1 User1  User3 can access Locking Range 2"},
-       {0, 1, 2},
-       "Access Right of Locking Range  0 :     Admin1\n"
-       "Access Right of Locking Range  2 :     Admin1  User1  User3\n"},
-      // Partitions ask ranges from 1; the positions after them ask i again
-      // and print nothing.
-      {4, 2, "/dev/sdb",
-       {"Admin1 User1 can access Locking Range 7\n", "Admin1 can access Locking Range 2\n",
-        "Admin1 can access Locking Range 2\n", "Admin1 can access Locking Range 3"},
-       {1, 2, 2, 3},
-       // The number printed is the tool's, not the one asked.
-       "7, Access Right of /dev/sdb7 :    Admin1  User1\n"
-       "2, Access Right of /dev/sdb2 :    Admin1\n"},
-      {2, 1, "/dev/nvme0n1", {"Admin1 can access Locking Range 1\n"}, {1, 1},
-       "1, Access Right of /dev/nvme0n1p1 :    Admin1\n"},
+TEST(DiskInfoOpsTest, AccessRightPrintsEachRangeOrPartitionUpToALineThatDoesNotSplitInTwo) {
+  const std::string one = "Admin1 can access Locking Range 1\n";
+  const std::string shown = "Access Right of Locking Range  1 :     Admin1\n";
+  auto error = [](const std::string& line) { return "list lockingranges error: " + line + "\n" + kPause; };
+  struct Case { unsigned ranges, partitions; std::string prefix; Lines replies; std::vector<int> asked;
+                std::string printed; bool result = true; } cases[] = {
+      {3, 0, "", {"Admin1 can access Locking Range 0\n", "", "Admin1  User3 can access Locking Range 2"},
+       {0, 1, 2}, "Access Right of Locking Range  0 :     Admin1\n"
+                  "Access Right of Locking Range  2 :     Admin1  User3\n"},
+      // Partitions ask ranges from 1, the positions after them ask i again and
+      // print nothing; the number printed is the tool's, not the one asked.
+      {4, 2, "/dev/sdb", {"Admin1 User1 can access Locking Range 7\n", one, one, one}, {1, 2, 2, 3},
+       "7, Access Right of /dev/sdb7 :    Admin1  User1\n1, Access Right of /dev/sdb1 :    Admin1\n"},
+      {2, 1, "/dev/nvme0n1", {one, one}, {1, 1}, "1, Access Right of /dev/nvme0n1p1 :    Admin1\n"},
       {0, 0, "", {}, {}, ""},
+      // A malformed line ends the listing after a pause, even where nothing is printed.
+      {3, 0, "", {one, one + "method status code NOT_AUTHORIZED\n" + one}, {0, 1},
+       shown + shown + error("method status code NOT_AUTHORIZED"), false},
+      {3, 0, "", {one + "\n" + one}, {0}, shown + error(""), false},
+      {3, 1, "/dev/sda", {one, one + "Invalid\n"}, {1, 1},
+       "1, Access Right of /dev/sda1 :    Admin1\n" + error("Invalid"), false},
   };
   for (const Case& c : cases) {
-    DiskInfo disk = DriveWithRanges(c.ranges, c.partitions, c.prefix);
-    RecordingRunner runner;
-    for (const std::string& reply : c.replies) runner.Reply(reply);
-    bool result = false;
-    EXPECT_EQ(Captured([&] { result = disk.ListAccessRight(); }), c.printed) << c.prefix;
-    EXPECT_TRUE(result);
-    EXPECT_EQ(runner.commands, AccessListCommands(c.asked));
-  }
-}
-
-TEST(DiskInfoOpsTest, AccessRightStopsAtTheFirstLineThatDoesNotSplitInTwo) {
-  struct Case {
-    uint32_t partitions;
-    std::string bad_line;
-  } cases[] = {
-      {0, "method status code NOT_AUTHORIZED"},
-      {0, "Admin1 can access Locking Range"},
-      {0, "can access Locking Range 1"},
-      {0, ""},
-      {1, "Invalid or unsupported disk /dev/sda"},  // checked even where nothing is printed
-  };
-  for (const Case& c : cases) {
-    DiskInfo disk = DriveWithRanges(3, c.partitions, "/dev/sda");
-    RecordingRunner runner;
-    runner.Reply("Admin1 can access Locking Range 1\n")
-        .Reply(c.bad_line + "\nAdmin1 can access Locking Range 1\n");
     ScopedStdin keys("\nxy");
-    bool result = true;
-    const std::string printed = Captured([&] { result = disk.ListAccessRight(); });
-    EXPECT_FALSE(result);
-    EXPECT_EQ(runner.commands.size(), 2u) << "no later range is asked";
-    const std::string error =
-        "list lockingranges error: " + c.bad_line + "\n\nEnter any key to continue...";
-    ASSERT_GE(printed.size(), error.size()) << printed;
-    EXPECT_EQ(printed.substr(printed.size() - error.size()), error);
-    EXPECT_EQ(std::fgetc(stdin), 'y') << "the pause reads two characters";
+    const Outcome run =
+        RunOp(OP(ListAccessRight()), DriveWithRanges(c.ranges, c.partitions, c.prefix), c.replies);
+    EXPECT_EQ(run.printed, c.printed) << "case " << &c - cases;
+    EXPECT_EQ(run.result, c.result) << "case " << &c - cases;
+    EXPECT_EQ(run.commands, AccessLists(c.asked)) << "case " << &c - cases;
+    EXPECT_EQ(std::fgetc(stdin), c.result ? '\n' : 'y') << "the pause reads two characters";
   }
 }
 
+// apply_table only ever gains marks: each test that reads it starts from a clean one.
 TEST(DiskInfoOpsTest, UserStatusMarksAccumulateAcrossCallsAndDrives) {
-  ClearApplyTable();
-  DiskInfo first = DriveWithRanges(3);
-  DiskInfo second = OpalDrive("pw2");  // no ranges
-  RecordingRunner runner;
-  runner.Reply("Admin1 can access Locking Range 0\n")
-      .Reply("Admin1 User1 User2 can access Locking Range 1\n")
-      .Reply("")
-      .Reply("User1 : Enabled\nUser2 : Disabled\nUser3 : Disabled\n");
-  EXPECT_EQ(Captured([&] { first.ListUserStatus(); }),
-            "User1 : Enabled, LR1 \nUser2 : Disabled, LR1 \nUser3 : Disabled, N/A\n" + kRule);
-  Lines expected = AccessListCommands({0, 1, 2});
-  expected.push_back(Lan("--ListUserStatus pw /dev/sda"));
-  EXPECT_EQ(runner.commands, expected);
-
-  runner.commands.clear();
-  runner.Reply("User1 : Enabled");
-  EXPECT_EQ(Captured([&] { second.ListUserStatus(); }), "User1 : Enabled, LR1 \n" + kRule);
-  EXPECT_EQ(runner.commands, Lines{Lan("--ListUserStatus pw2 /dev/sda")});
-
+  std::memset(apply_table, 0, sizeof apply_table);
+  // Partitions change nothing: every position is asked by itself.
+  const DiskInfo first = DriveWithRanges(3, 2, "/dev/sdb");
+  const Outcome once = RunOp(OP(ListUserStatus()), first, {"Admin1 can access Locking Range 0\n",
+                             "Admin1 User1 User2 can access Locking Range 1\n", "", "U1\nU2\nU3\n"});
+  EXPECT_EQ(once.printed, "U1, LR1 \nU2, LR1 \nU3, N/A\n" + kRule);
+  EXPECT_EQ(Lines(once.commands.begin(), once.commands.end() - 1), AccessLists({0, 1, 2}));
+  EXPECT_EQ(once.commands.back(), Lan("--ListUserStatus pw /dev/sda"));
+  // A drive without ranges asks only the status, and shows the marks left.
+  const Outcome other = RunOp(OP(ListUserStatus()), OwnedDrive("/dev/sda", "pw2"), {"User1 : Enabled"});
+  EXPECT_EQ(other.printed, "User1 : Enabled, LR1 \n" + kRule);
+  EXPECT_EQ(other.commands, Lines{Lan("--ListUserStatus pw2 /dev/sda")});
   // Range 1 now names nobody, yet its marks stay; range 0 gains one.
-  runner.Reply("Admin1 User1 can access Locking Range 0\n").Reply("").Reply("");
-  runner.Reply("User1 : Enabled\nUser2 : Enabled\n");
-  EXPECT_EQ(Captured([&] { first.ListUserStatus(); }),
-            "User1 : Enabled, LR0 LR1 \nUser2 : Enabled, LR1 \n" + kRule);
+  const Outcome again = RunOp(OP(ListUserStatus()), first,
+                              {"Admin1 User1 can access Locking Range 0\n", "", "", "U1\nU2\n"});
+  EXPECT_EQ(again.printed, "U1, LR0 LR1 \nU2, LR1 \n" + kRule);
 }
 
-TEST(DiskInfoOpsTest, UserStatusAsksEveryPositionEvenWithPartitions) {
-  DiskInfo disk = DriveWithRanges(2, 2, "/dev/sdb");
-  RecordingRunner runner;
-  Captured([&] { disk.ListUserStatus(); });
-  Lines expected = AccessListCommands({0, 1});
-  expected.push_back(Lan("--ListUserStatus pw /dev/sda"));
-  EXPECT_EQ(runner.commands, expected);
-}
-
-TEST(DiskInfoOpsTest, UserStatusCountsTheWordsBeforeThePhrase) {
-  struct Case {
-    std::string line;
-    int rows_marked;
-  } cases[] = {
+TEST(DiskInfoOpsTest, UserStatusCountsTheWordsBeforeThePhraseInsideTheMatrix) {
+  struct Case { std::string line; int rows_marked; } cases[] = {
       {"Admin1 User1 can access Locking Range 0", 2},
       {"method status code NOT_AUTHORIZED", 4},  // no phrase: every word counts
       {"can access Locking Range 0", 1},         // nothing before it: the words after
@@ -388,34 +221,19 @@ TEST(DiskInfoOpsTest, UserStatusCountsTheWordsBeforeThePhrase) {
       {"a b c d e f g h i j k l can access Locking Range 0", 10},  // the matrix has ten rows
   };
   for (const Case& c : cases) {
-    ClearApplyTable();
-    DiskInfo disk = DriveWithRanges(1);
-    RecordingRunner runner;
-    runner.Reply(c.line + "\n");
-    Captured([&] { disk.ListUserStatus(); });
-    int marked = 0;
-    for (const auto& row : apply_table) {
-      for (int mark : row) marked += mark;
-    }
-    EXPECT_EQ(marked, c.rows_marked) << c.line;
-    EXPECT_EQ(apply_table[0][0], c.rows_marked > 0 ? 1 : 0) << c.line;
+    std::memset(apply_table, 0, sizeof apply_table);
+    RunOp(OP(ListUserStatus()), DriveWithRanges(1), {c.line + "\n"});
+    std::string column;
+    for (const auto& row : apply_table) column += std::to_string(row[0]);
+    EXPECT_EQ(column, std::string(c.rows_marked, '1') + std::string(10 - c.rows_marked, '0')) << c.line;
   }
-}
-
-TEST(DiskInfoOpsTest, UserStatusStaysInsideTheMatrix) {
-  ClearApplyTable();
-  DiskInfo disk = DriveWithRanges(10);
-  RecordingRunner runner;
-  // Row 1 stays empty unless a mark for the tenth range spills out of row 0.
-  for (int range = 0; range < 10; ++range) {
-    runner.Reply("Admin1 can access Locking Range " + std::to_string(range));
-  }
-  std::string status;
-  for (int user = 1; user <= 11; ++user) status += "User" + std::to_string(user) + "\n";
-  runner.Reply(status);
-  const std::string printed = Captured([&] { disk.ListUserStatus(); });
-  EXPECT_EQ(runner.commands.size(), 11u) << "the tenth range is still asked";
-  EXPECT_EQ(printed.substr(0, 11), "User1, N/A\n") << printed;
-  EXPECT_NE(printed.find("User9, N/A\nUser10, N/A\nUser11, N/A\n"), std::string::npos) << printed;
+  // A tenth range and status lines past the tenth row fall outside the matrix.
+  std::memset(apply_table, 0, sizeof apply_table);
+  const std::string status = "U1\nU2\nU3\nU4\nU5\nU6\nU7\nU8\nU9\nU10\nU11\n";
+  Lines replies(10, "Admin1 can access Locking Range 0");
+  replies.push_back(status);
+  const Outcome run = RunOp(OP(ListUserStatus()), DriveWithRanges(10), replies);
+  EXPECT_EQ(run.commands.size(), 11u) << "the tenth range is still asked";
+  EXPECT_EQ(run.printed, std::regex_replace(status, std::regex("\n"), ", N/A\n") + kRule);
   EXPECT_EQ(apply_table[0][8], 1);
 }
