@@ -571,13 +571,6 @@ int FlashLock() {
   return 0;
 }
 
-// Two characters read, with no prompt of its own.
-void WaitForKey() {
-  FlushOutput();
-  std::fgetc(stdin);
-  std::fgetc(stdin);
-}
-
 // Action 3 on a drive not yet enabled. True when the flash lock ran and the
 // program is to end, so that the machine is powered off.
 bool FlashLockScreen() {

@@ -69,11 +69,15 @@ std::vector<std::string> ParseItems(const std::string& sourceStr, const std::str
   return items;
 }
 
-void PauseForKey() {
-  std::cout << "\nEnter any key to continue...";
+void WaitForKey() {
   FlushOutput();
   std::fgetc(stdin);
   std::fgetc(stdin);
+}
+
+void PauseForKey() {
+  std::cout << "\nEnter any key to continue...";
+  WaitForKey();
 }
 
 bool ReadUntilLineWith(std::istream& output, const std::string& phrase, Echo echo) {

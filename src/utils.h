@@ -39,9 +39,12 @@ class CommandRunner {
 // the one that was installed before.
 CommandRunner* SetCommandRunner(CommandRunner* runner);
 
-// The pause that ends most screens: prints "\nEnter any key to continue..."
-// and reads two characters (the first is normally the newline of the last
-// answer typed).
+// Reads two characters: the first is normally the newline of the last answer
+// typed, the second waits for the operator's key.
+void WaitForKey();
+
+// The pause that ends most screens: "\nEnter any key to continue...", then
+// WaitForKey.
 void PauseForKey();
 
 // Whether the lines read from a tool's output are also shown to the user.
