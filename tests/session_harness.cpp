@@ -108,28 +108,4 @@ void Session::Run(const std::string& input) {
   screen = ReadFile(dir_ + "/.screen");
 }
 
-std::vector<std::string> Session::Calls() const {
-  std::vector<std::string> calls;
-  std::istringstream log(ReadFile(dir_ + "/calls.log"));
-  for (std::string line; std::getline(log, line);) calls.push_back(line);
-  return calls;
-}
-
-std::vector<std::string> Session::CallsOf(const std::string& tool) const {
-  std::vector<std::string> calls;
-  for (const std::string& call : Calls()) {
-    if (call.compare(0, tool.size() + 1, tool + " ") == 0) calls.push_back(call.substr(tool.size() + 1));
-  }
-  return calls;
-}
-
-std::vector<std::string> ScreensOf(const std::string& screen) {
-  std::vector<std::string> parts;
-  const std::string marker = "[clear]\n";
-  size_t start = 0;
-  for (size_t at; (at = screen.find(marker, start)) != std::string::npos; start = at + marker.size()) {
-    parts.push_back(screen.substr(start, at - start));
-  }
-  parts.push_back(screen.substr(start));
-  return parts;
-}
+std::string Session::Calls() const { return ReadFile(dir_ + "/calls.log"); }

@@ -27,10 +27,8 @@ class Session {
   // that runs over 20 seconds is killed and reports status 124.
   void Run(const std::string& input);
 
-  // Every tool call in order, as "<tool> <arguments joined by blanks>".
-  std::vector<std::string> Calls() const;
-  // The calls of one tool only, without the tool's name.
-  std::vector<std::string> CallsOf(const std::string& tool) const;
+  // Every tool call in order, a line each: "<tool> <arguments joined by blanks>".
+  std::string Calls() const;
 
   const std::string& dir() const { return dir_; }
 
@@ -48,7 +46,3 @@ class Session {
   std::string dir_;
   std::map<std::string, std::vector<Rule>> tools_;
 };
-
-// The screen split at the fake clear's marker: element 0 is what came
-// before the first menu, element k the k-th menu and what followed it.
-std::vector<std::string> ScreensOf(const std::string& screen);

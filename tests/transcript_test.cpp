@@ -105,11 +105,9 @@ TEST_P(TranscriptTest, Matches) {
   const std::string head = Load(file, s, t);
   s.Run(t["input"]);
   const bool full = t.count("full-screen") > 0;
-  std::string calls;
-  for (const std::string& call : s.Calls()) calls += call + "\n";
   const std::pair<std::string, std::string> actual[] = {
       {full ? "full-screen" : "screen", full ? s.screen : MenusAbbreviated(s.screen)},
-      {"calls", calls},
+      {"calls", s.Calls()},
       {"status", std::to_string(s.exit_status) + "\n"}};
   std::ofstream update;  // open only when the expected sections are to be rewritten
   if (std::getenv("VELTRAK_TRANSCRIPTS_UPDATE") != nullptr)
