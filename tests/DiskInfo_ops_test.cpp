@@ -20,10 +20,14 @@ using Lines = std::vector<std::string>;
 #define OP(call) [](DiskInfo& d) { return d.call; }
 
 const std::string kRule = "----------------------------\n", kPause = "\nEnter any key to continue...";
-constexpr bool kGuard = true, kAlways = false;  // whether Opal being off stops the operation
+constexpr bool kOpal = true, kAny = false;  // whether Opal being off stops the operation
 
-std::string Sed(const std::string& operands) { return "./sedutil-cli -n " + operands; }
+// sedutil's command lines all end with the device; Mode sets a protection mode.
+std::string Sed(const std::string& operands) { return "./sedutil-cli -n " + operands + " /dev/sda"; }
 std::string Lan(const std::string& operands) { return "./Lantivo " + operands; }
+Op Mode(int range, const char* mode, int enable) {
+  return [=](DiskInfo& d) { return d.SetLockingRangeStatus_TCG_V2_5(range, mode, enable); };
+}
 
 // An owned drive with count ranges, handled as partitions under prefix when
 // partitions is not 0. The ranges are numbered from 5, so that a listing which
@@ -67,77 +71,60 @@ TEST(DiskInfoOpsTest, CommandLinesGuardsVerdictsAndEcho) {
   const Case cases[] = {
       // sedutil's verdict is the first line holding the phrase; the lines
       // shown, where any are, are those read up to it.
-      {OP(SetupLockingRange(2, 2048, uint64_t(-8))),
-       {Sed("--setupLockingRange 2 2048 18446744073709551608 pw /dev/sda")}, {"LockingRange1 reKeyed \nb"},
-       false, kGuard, "LockingRange1 reKeyed \nb\n"},
-      {OP(SetupLockingRange(1, 8, 8)), {Sed("--setupLockingRange 1 8 8 pw /dev/sda")}, {out}, true, kGuard,
+      {OP(SetupLockingRange(2, 2048, uint64_t(-8))), {Sed("--setupLockingRange 2 2048 18446744073709551608 pw")},
+       {"LockingRange1 reKeyed \nb"}, false, kOpal, "LockingRange1 reKeyed \nb\n"},
+      {OP(SetupLockingRange(1, 8, 8)), {Sed("--setupLockingRange 1 8 8 pw")}, {out}, true, kOpal,
        "a\nLockingRange1 reKeyed \n"},
-      {OP(SetLockingRangeStatus(1, "R")), {Sed("--setLockingRange 1 R pw /dev/sda")},
-       {"x LockingRange1 set to L"}, true, kGuard},
-      {OP(SetLockingRangeStatus(4, "rw")), {Sed("--setLockingRange 4 rw pw /dev/sda")},
-       {"LockingRange40 set to L\nLockingRange4 set to"}, false, kGuard},
-      {OP(EnableLockingRange(3, true)), {Sed("--enableLockingRange 3 pw /dev/sda")},
-       {"\nLockingRange3 enabled ReadLocking,WriteLocking\n"}, true, kGuard},
-      {OP(EnableLockingRange(3, true)), {Sed("--enableLockingRange 3 pw /dev/sda")},
-       {"LockingRange3 enabled"}, false, kGuard},
-      {OP(EnableLockingRange(3, false)), {Sed("--disableLockingRange 3 pw /dev/sda")},
-       {"LockingRange3 disabled "}, true, kGuard},
-      {OP(EnableLockingRange(3, false)), {Sed("--disableLockingRange 3 pw /dev/sda")}, {}, false, kGuard},
-      {OP(EnableUser(0)), {Sed("--enableUser pw User0000 /dev/sda")}, {out}, true, kGuard, to_user, "WTF\n"},
-      {OP(EnableUser(1)), {Sed("--enableUser pw User0001 /dev/sda")}, {}, false, kGuard, "", "WTF\n"},
-      {OP(EnableUser(10)), {}, {}, true, kGuard, "", "WTF\n"},
-      {OP(SetUserPwd(9, "new")), {Sed("--setPassword pw User0009 new /dev/sda")},
-       {"a\nUser0009 password changed\n"}, true, kGuard},
-      {OP(SetUserPwd(1, "x")), {Sed("--setPassword pw User0001 x /dev/sda")}, {}, false, kGuard},
-      {OP(SetUserPwd(10, "new")), {}, {}, false, kGuard},
-      // Erase reads the first line only.
-      {OP(EraseAllData("80213657")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 80213657 /dev/sda")},
-       {"completed successfully\n"}, true, kAlways},
-      {OP(EraseAllData("1")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 1 /dev/sda")},
-       {"warning\ncompleted successfully"}, false, kAlways},
-      {OP(EraseAllData("1")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 1 /dev/sda")}, {}, false,
-       kAlways},
+      {OP(SetLockingRangeStatus(1, "R")), {Sed("--setLockingRange 1 R pw")}, {"x LockingRange1 set to L"}, true, kOpal},
+      {OP(SetLockingRangeStatus(4, "rw")), {Sed("--setLockingRange 4 rw pw")},
+       {"LockingRange40 set to L\nLockingRange4 set to"}, false, kOpal},
+      {OP(EnableLockingRange(3, true)), {Sed("--enableLockingRange 3 pw")},
+       {"\nLockingRange3 enabled ReadLocking,WriteLocking\n"}, true, kOpal},
+      {OP(EnableLockingRange(3, true)), {Sed("--enableLockingRange 3 pw")}, {"LockingRange3 enabled"}, false, kOpal},
+      {OP(EnableLockingRange(3, false)), {Sed("--disableLockingRange 3 pw")}, {"LockingRange3 disabled "}, true, kOpal},
+      {OP(EnableLockingRange(3, false)), {Sed("--disableLockingRange 3 pw")}, {}, false, kOpal},
+      {OP(EnableUser(0)), {Sed("--enableUser pw User0000")}, {out}, true, kOpal, to_user, "WTF\n"},
+      {OP(EnableUser(1)), {Sed("--enableUser pw User0001")}, {}, false, kOpal, "", "WTF\n"},
+      {OP(EnableUser(10)), {}, {}, true, kOpal, "", "WTF\n"},
+      {OP(SetUserPwd(9, "new")), {Sed("--setPassword pw User0009 new")}, {"a\nUser0009 password changed\n"}, true,
+       kOpal},
+      {OP(SetUserPwd(1, "x")), {Sed("--setPassword pw User0001 x")}, {}, false, kOpal},
+      {OP(SetUserPwd(10, "new")), {}, {}, false, kOpal},
+      // Erase reads the first line only (a later line: mbr-erase/erase.t).
+      {OP(EraseAllData("80213657")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 80213657")},
+       {"completed successfully\n"}, true, kAny},
+      {OP(EraseAllData("1")), {Sed("--yesIreallywanttoERASEALLmydatausingthePSID 1")}, {}, false, kAny},
       // The protection modes need "success" on every line, an output without
       // lines included, and stop at the first command that fails.
-      {OP(SetLockingRangeStatus_TCG_V2_5(2, "RW", 1)),
-       {Lan("--disableLockingRange 2 pw RW /dev/sda"), Lan("--setLockingRange 2 N N pw /dev/sda")}, {}, true,
-       kGuard},
-      {OP(SetLockingRangeStatus_TCG_V2_5(2, "RO", 1)),
-       {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda"),
-        Lan("--setLockingRange 2 N Y pw /dev/sda")},
-       {"range 2 success\nsuccess", "success\n", "success\n"}, true, kGuard},
-      {OP(SetLockingRangeStatus_TCG_V2_5(0, "LK", 1)),
-       {Lan("--enableLockingRange 0 pw RW /dev/sda"), Lan("--setLockingRange 0 Y Y pw /dev/sda")}, {}, true,
-       kGuard},
-      {OP(SetLockingRangeStatus_TCG_V2_5(0, "LK", 1)), {Lan("--enableLockingRange 0 pw RW /dev/sda")},
-       {"Lantivo v2\nsuccess\n"}, false, kGuard},
-      {OP(SetLockingRangeStatus_TCG_V2_5(2, "RO", 1)),
-       {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda")},
-       {"success\n", "success\n\n", "success\n"}, false, kGuard},
+      {Mode(2, "RW", 1), {Lan("--disableLockingRange 2 pw RW /dev/sda"), Lan("--setLockingRange 2 N N pw /dev/sda")},
+       {}, true, kOpal},
+      {Mode(2, "RO", 1), {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda"),
+       Lan("--setLockingRange 2 N Y pw /dev/sda")}, {"range 2 success\nsuccess", "success\n", "success\n"}, true,
+       kOpal},
+      {Mode(0, "LK", 1), {Lan("--enableLockingRange 0 pw RW /dev/sda")}, {"Lantivo v2\nsuccess\n"}, false, kOpal},
+      {Mode(2, "RO", 1), {Lan("--disableLockingRange 2 pw R /dev/sda"), Lan("--enableLockingRange 2 pw W /dev/sda")},
+       {"success\n", "success\n\n", "success\n"}, false, kOpal},
       // Only enable 1 acts, and only for the three exact modes.
-      {OP(SetLockingRangeStatus_TCG_V2_5(1, "RW", 0)), {}, {}, true, kGuard},
-      {OP(SetLockingRangeStatus_TCG_V2_5(1, "RW", 2)), {}, {}, true, kGuard},
-      {OP(SetLockingRangeStatus_TCG_V2_5(1, "rw", 1)), {}, {}, true, kGuard},
+      {Mode(1, "RW", 0), {}, {}, true, kOpal}, {Mode(1, "RW", 2), {}, {}, true, kOpal},
+      {Mode(1, "rw", 1), {}, {}, true, kOpal},
       // A grant reports true whatever the tool said.
-      {OP(SetPrevilege2LR(2, "User1 User3 ")), {Lan("--Add_ACE_Locking_range /dev/sda pw 2 User1 User3 ")},
-       {out}, true, kAlways},
-      {OP(SetPrevilege2LR(12, "")), {Lan("--Add_ACE_Locking_range /dev/sda pw 12 ")}, {}, true, kAlways},
-      {OP(RemoveAllUserFromLR(8)), {Lan("--Delete_AllUser_ACE_Locking_range /dev/sda pw 8")}, {out}, true,
-       kGuard},
-      {OP(RemoveAllUserFromLR(9)), {}, {}, false, kGuard},
-      {OP(DisableOPAL()),
-       {Sed("--disableLockingRange 0 pw /dev/sda"), Sed("--revertNoErase pw /dev/sda"),
-        Sed("--revertTPer sid /dev/sda")}, {out}, true, kAlways},
-      {OP(RevertSSD()), {Sed("--revertTPer sid /dev/sda")}, {out}, true, kAlways, out + "\n"},
+      {OP(SetPrevilege2LR(2, "User1 User3 ")), {Lan("--Add_ACE_Locking_range /dev/sda pw 2 User1 User3 ")}, {out}, true,
+       kAny},
+      {OP(SetPrevilege2LR(12, "")), {Lan("--Add_ACE_Locking_range /dev/sda pw 12 ")}, {}, true, kAny},
+      {OP(RemoveAllUserFromLR(8)), {Lan("--Delete_AllUser_ACE_Locking_range /dev/sda pw 8")}, {out}, true, kOpal},
+      {OP(RemoveAllUserFromLR(9)), {}, {}, false, kOpal},
+      {OP(DisableOPAL()), {Sed("--disableLockingRange 0 pw"), Sed("--revertNoErase pw"), Sed("--revertTPer sid")},
+       {out}, true, kAny},
+      {OP(RevertSSD()), {Sed("--revertTPer sid")}, {out}, true, kAny, out + "\n"},
       // The shadow-MBR family reports false once its command was sent.
-      {OP(EnableMBR()), {Sed("--setMBREnable ON pw /dev/sda")}, {"MBREnable set on \n"}, false, kGuard},
-      {OP(DisableMBR()), {Sed("--setMBREnable OFF pw /dev/sda")}, {out}, false, kGuard},
-      {OP(SetMBR()), {Sed("--setMBRDone ON pw /dev/sda")}, {out}, false, kGuard, out + "\n"},
-      {OP(UnSetMBR()), {Sed("--setMBRDone OFF pw /dev/sda")}, {out}, false, kGuard, out + "\n"},
-      {OP(LoadImage("default")), {Sed("--loadPBAimage pw PBA.img /dev/sda")}, {pba}, false, kGuard, pba},
-      {OP(LoadImage("Default")), {Sed("--loadPBAimage pw Default /dev/sda")}, {}, false, kGuard},
-      {OP(OPAL_ScanResult()), {Lan("--scan ")}, {out}, true, kAlways, out + "\n"},
-      {OP(ListUserStatus()), {Lan("--ListUserStatus pw /dev/sda")}, {}, true, kAlways, kRule},
+      {OP(EnableMBR()), {Sed("--setMBREnable ON pw")}, {"MBREnable set on \n"}, false, kOpal},
+      {OP(DisableMBR()), {Sed("--setMBREnable OFF pw")}, {out}, false, kOpal},
+      {OP(SetMBR()), {Sed("--setMBRDone ON pw")}, {out}, false, kOpal, out + "\n"},
+      {OP(UnSetMBR()), {Sed("--setMBRDone OFF pw")}, {out}, false, kOpal, out + "\n"},
+      {OP(LoadImage("default")), {Sed("--loadPBAimage pw PBA.img")}, {pba}, false, kOpal, pba},
+      {OP(LoadImage("Default")), {Sed("--loadPBAimage pw Default")}, {}, false, kOpal},
+      {OP(OPAL_ScanResult()), {Lan("--scan ")}, {out}, true, kAny, out + "\n"},
+      {OP(ListUserStatus()), {Lan("--ListUserStatus pw /dev/sda")}, {}, true, kAny, kRule},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
