@@ -18,8 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const unsigned partitions = (data[0] >> 4) % 4;
   const std::string prefix = (data[0] & 0x80) ? "/dev/nvme0n1" : "/dev/sdb";
   const DiskInfo disk = EnabledDrive(ranges, partitions, prefix);
-  ScriptedRunner runner(Records(data + 1, size - 1));
+  RecordingRunner runner(Records(data + 1, size - 1), true);
   AllowDesignedEnds([&] { disk.ListAccessRight(); });
-  if (runner.calls > ranges) std::abort();
+  if (runner.commands.size() > ranges) std::abort();
   return 0;
 }

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
-  ScriptedRunner runner({text});
+  RecordingRunner runner({text}, true);
   DiskInfo disk("/dev/sda", "KVX 480GB", "SBFK71F3", "2");
   AllowDesignedEnds([&] {
     const bool found = disk.UpdateOPALStatus();

@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string prefix = (data[0] & 0x10) ? "/dev/nvme0n1" : "/dev/sdb";
   DiskInfo disk = EnabledDrive(0, partitions, prefix);
   const std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
-  ScriptedRunner runner({text});
+  RecordingRunner runner({text}, true);
   AllowDesignedEnds([&] {
     disk.UpdateLockingRangesStatus();
     size_t headers = 0;

@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
-  ScriptedRunner runner({text});
+  RecordingRunner runner({text}, true);
   // A "/dev/nvme" path without a digit after it ends the scan by design.
   bool ended = true;
   AllowDesignedEnds([&] {
@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ended = false;
   });
   if (ended) return 0;
-  if (runner.calls != 1 || DiskCount != static_cast<int>(DiskList.size()) ||
+  if (runner.commands.size() != 1 || DiskCount != static_cast<int>(DiskList.size()) ||
       SelectedDisk != DiskList.data()) {
     std::abort();
   }

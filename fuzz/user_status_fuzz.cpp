@@ -17,8 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   const unsigned ranges = data[0] % 13;
   const DiskInfo disk = EnabledDrive(ranges, 0, "");
-  ScriptedRunner runner(Records(data + 1, size - 1));
-  if (!disk.ListUserStatus() || runner.calls != ranges + 1u) std::abort();
+  RecordingRunner runner(Records(data + 1, size - 1), true);
+  if (!disk.ListUserStatus() || runner.commands.size() != ranges + 1u) std::abort();
   for (const auto& row : apply_table) {
     for (int mark : row) {
       if (mark != 0 && mark != 1) std::abort();

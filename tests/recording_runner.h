@@ -13,9 +13,10 @@
 
 class RecordingRunner : public CommandRunner {
  public:
-  // replies: the texts the first commands print, in order.
-  explicit RecordingRunner(std::vector<std::string> replies = {})
-      : previous_(SetCommandRunner(this)), replies_(replies.begin(), replies.end()) {}
+  // replies: the texts the first commands print, in order. With repeatLast
+  // the last of them answers every later command too; else those print nothing.
+  explicit RecordingRunner(std::vector<std::string> replies = {}, bool repeatLast = false)
+      : previous_(SetCommandRunner(this)), replies_(replies.begin(), replies.end()), repeatLast_(repeatLast) {}
   ~RecordingRunner() override { SetCommandRunner(previous_); }
   RecordingRunner(const RecordingRunner&) = delete;
   RecordingRunner& operator=(const RecordingRunner&) = delete;
@@ -30,6 +31,7 @@ class RecordingRunner : public CommandRunner {
   std::string Run(const std::string& queryCmd) override {
     commands.push_back(queryCmd);
     if (replies_.empty()) return "";
+    if (repeatLast_ && replies_.size() == 1) return replies_.front();
     std::string output = std::move(replies_.front());
     replies_.pop_front();
     return output;
@@ -40,6 +42,7 @@ class RecordingRunner : public CommandRunner {
  private:
   CommandRunner* previous_;
   std::deque<std::string> replies_;
+  bool repeatLast_;
 };
 
 // The drive at device as a query left it: Opal version from version ("No":
