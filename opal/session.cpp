@@ -37,6 +37,8 @@ Error StatusError(const std::string& what, int status) {
 
 }  // namespace
 
+const Properties& HostProperties() { return kHostProperties; }
+
 Device::Device(std::unique_ptr<Transport> transport) : transport_(std::move(transport)) {}
 
 Result<Identity> Device::Identify() {

@@ -18,6 +18,9 @@
 
 namespace opal {
 
+// The host's limits, sent in every Properties exchange.
+const Properties& HostProperties();
+
 class Device {
  public:
   explicit Device(std::unique_ptr<Transport> transport);
