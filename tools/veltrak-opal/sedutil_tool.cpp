@@ -415,7 +415,7 @@ int LoadPbaImage(Call& call) {
   struct stat info {};
   std::ifstream image;
   if (stat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode)) image.open(file, std::ios::binary);
-  if (!image) {
+  if (!image.is_open()) {
     Err(call, "Unable to open PBA image file " + file);
     return kNoImageFile;
   }
