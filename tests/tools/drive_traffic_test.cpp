@@ -185,3 +185,105 @@ TEST(HostileDrive, EveryCommandSaysWhatWentWrongAndNamesTheDevice) {
 
 }  // namespace
 }  // namespace tooltest
+
+namespace tooltest {
+namespace {
+
+// --- A later step refused ------------------------------------------------------------
+
+// Passes exchanges to the emulated drive, except the chosen one, which the
+// drive never sees and which is answered with status FAIL.
+class RefusingTransport : public opal::Transport {
+ public:
+  RefusingTransport(std::unique_ptr<opal::Transport> inner, int refused) : inner_(std::move(inner)), refused_(refused) {}
+  opal::Result<opal::Identity> Identify() override { return inner_->Identify(); }
+  opal::Status Send(uint8_t protocol, uint16_t comId, const opal::Bytes& data) override {
+    if (++sends_ == refused_) return opal::Ok();
+    return inner_->Send(protocol, comId, data);
+  }
+  opal::Result<opal::Bytes> Receive(uint8_t protocol, uint16_t comId, size_t length) override {
+    if (sends_ != refused_ || comId == opal::kDiscoveryComId) return inner_->Receive(protocol, comId, length);
+    ++sends_;  // answered once
+    opal::ComPacket packet;
+    packet.comId = comId;
+    packet.payload = opal::EncodeResponse({}, static_cast<int>(opal::MethodStatus::kFail));
+    opal::Bytes data = opal::Frame(packet);
+    data.resize(length, 0);
+    return data;
+  }
+  opal::DeviceKind kind() const override { return inner_->kind(); }
+
+ private:
+  std::unique_ptr<opal::Transport> inner_;
+  int refused_;
+  int sends_ = 0;
+};
+
+struct LaterStepCase {
+  const char* name;
+  std::function<void(Bench&)> setup;
+  std::vector<std::string> argv;
+  int refusedExchange;
+  std::vector<std::string> outLines;  // printed before the failure
+  std::string stateSaid;              // the line saying what the drive is left with holds this
+  std::function<void(Bench&)> after;
+};
+
+const LaterStepCase kLaterSteps[] = {
+    {"RekeyAfterTheAddressWasSet", Owned, Sedutil({"--setupLockingRange", "1", "2048", "4096", kPassword, kSda}), 5,
+     {}, "/dev/sda: range 1 was moved to block 2048 for 4096 blocks, unlocked, but keeps its old key",
+     [](Bench& b) { EXPECT_EQ(2048u, b.Drive().ranges[1].start); }},
+    {"ActivationAfterOwnership", nullptr, Sedutil({"--initialSetup", kPassword, kSda}), 8, {"takeOwnership complete"},
+     "/dev/sda: the SID password is now the new password; the Locking SP was left as it was",
+     [](Bench& b) { EXPECT_FALSE(b.Drive().LockingActive()); }},
+    {"ShadowMbrAfterTheGlobalRange", nullptr, Sedutil({"--initialSetup", kPassword, kSda}), 12,
+     {"takeOwnership complete", "Locking SP Activate Complete", "LockingRange0 disabled ", "LockingRange0 set to RW"},
+     "the shadow MBR was left off", [](Bench& b) { EXPECT_TRUE(b.Drive().LockingActive() && !b.Drive().mbrEnable); }},
+    {"SecondImageChunk",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.WriteFile("pba.img", std::string(130000, 'i'));
+     },
+     Sedutil({"--loadPBAimage", kPassword, "{dir}/pba.img", kSda}), 4,
+     {"Writing PBA to /dev/sda", "61334 of 130000 47% blk=61334 \r"},
+     "/dev/sda: 61334 of 130000 bytes of the image are in the shadow MBR; the image there is incomplete", nullptr},
+    {"WriteLockEntryAfterTheReadLockEntry", Owned, Lantivo({"--Add_ACE_Locking_range", kSda, kPassword, "1", "User1"}),
+     6, {}, "the read-lock access entry of range 1 was already changed to Admins User1 OR; the write-lock entry",
+     [](Bench& b) { EXPECT_EQ(0u, b.Drive().aces.count(opal::AceSetWrLockedUid(1))); }},
+};
+
+void PrintTo(const LaterStepCase& c, std::ostream* os) { *os << c.name; }
+
+class LaterStep : public testing::TestWithParam<LaterStepCase> {};
+
+TEST_P(LaterStep, SaysWhichStepFailedAndWhatTheDriveIsLeftWith) {
+  const LaterStepCase& c = GetParam();
+  Bench bench;
+  if (c.setup) c.setup(bench);
+  std::vector<std::string> argv = c.argv;
+  for (std::string& arg : argv) {
+    if (size_t at = arg.find("{dir}"); at != std::string::npos) arg.replace(at, 5, bench.dir());
+  }
+  std::ostringstream out, err;
+  veltrak_opal::Environment env{
+      [&](const std::string& path) -> opal::Result<std::unique_ptr<opal::Transport>> {
+        return std::unique_ptr<opal::Transport>(std::make_unique<RefusingTransport>(
+            std::make_unique<opalsim::LocalTransport>(bench.world, path, bench.MbrPath(path)), c.refusedExchange));
+      },
+      [] { return std::vector<std::string>{}; }, [] { return opal::AllowTpm::kSet; }, out, err};
+  const int status = veltrak_opal::Main(argv[0], std::vector<std::string>(argv.begin() + 1, argv.end()), env);
+  EXPECT_NE(0, status);
+  EXPECT_EQ(c.outLines, SplitLines(out.str()));
+  const std::vector<std::string> errLines = SplitLines(err.str());
+  EXPECT_TRUE(std::any_of(errLines.begin(), errLines.end(),
+                          [&](const std::string& line) { return line.find(c.stateSaid) != std::string::npos; }))
+      << err.str();
+  ExpectNoSuccessPhrase(errLines);
+  if (c.after) c.after(bench);
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, LaterStep, testing::ValuesIn(kLaterSteps),
+                         [](const testing::TestParamInfo<LaterStepCase>& info) { return info.param.name; });
+
+}  // namespace
+}  // namespace tooltest

@@ -43,14 +43,14 @@ std::string StatusWords(const opal::Error& error) {
 
 std::optional<unsigned> RangeOperand(Call& call, const std::string& typed) {
   std::optional<unsigned> range = RangeNumber(typed);
-  if (!range) Fail(call, "no locking range " + typed + ": give a number from 0 to the drive's last range", kUsage);
+  if (!range) Fail(call, "the range must be a number from 0 to the drive's last range", kUsage);
   return range;
 }
 
 std::optional<bool> YesNoOperand(Call& call, const std::string& typed) {
   if (SameIgnoringCase(typed, "Y")) return true;
   if (SameIgnoringCase(typed, "N")) return false;
-  Fail(call, "lock flag " + typed + " is neither Y nor N", kUsage);
+  Fail(call, "each lock flag must be Y or N", kUsage);
   return std::nullopt;
 }
 
@@ -62,7 +62,7 @@ std::optional<LockKinds> KindsOperand(Call& call, const std::string& typed) {
   if (SameIgnoringCase(typed, "R")) return LockKinds{true, false};
   if (SameIgnoringCase(typed, "W")) return LockKinds{false, true};
   if (SameIgnoringCase(typed, "RW")) return LockKinds{true, true};
-  Fail(call, "locking kind " + typed + " is not R, W or RW", kUsage);
+  Fail(call, "the locking kind must be R, W or RW", kUsage);
   return std::nullopt;
 }
 
@@ -172,7 +172,7 @@ int SetLockingRange(Call& call) {
   Principal who = kAdmin1;
   if (call.operands.size() > 5) {
     const std::optional<Principal> named = StrictPrincipal(call.operands[5]);
-    if (!named) return Fail(call, "no authority " + call.operands[5] + ": name Admin1 or a user, e.g. User2", kUsage);
+    if (!named) return Fail(call, "the last operand must name Admin1 or a user, e.g. User2", kUsage);
     who = *named;
   }
   std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[4]);
@@ -224,7 +224,7 @@ int AddAce(Call& call) {
   for (size_t i = 3; i < call.operands.size(); ++i) {
     const std::optional<Principal> user = StrictPrincipal(call.operands[i]);
     if (!user || call.operands[i].rfind("User", 0) != 0) {
-      return Fail(call, "no user " + call.operands[i] + ": name users as User1, User2, ...", kUsage);
+      return Fail(call, "users must be named User1, User2, ...", kUsage);
     }
     users.push_back(user->authority);
   }
@@ -349,7 +349,7 @@ int Usage(Environment& env) {
 int LantivoMain(const std::vector<std::string>& args, Environment& env) {
   const Command<Call>* command = args.empty() ? nullptr : FindCommand(kCommands, args[0]);
   if (command == nullptr) {
-    if (!args.empty()) Line(env.err, "Lantivo: unknown command " + args[0]);
+    if (!args.empty()) Line(env.err, "Lantivo: unknown command");
     return Usage(env);
   }
   Call call{env, std::vector<std::string>(args.begin() + 1, args.end())};
