@@ -226,36 +226,5 @@ TEST_P(LantivoTool, AnswersInItsWordsAndLeavesTheDriveAsExpected) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, LantivoTool, testing::ValuesIn(kCases), CaseName);
 
-// The README's walk-through on one drive: a user enabled with a password,
-// granted a range, locks it with its own password; another user cannot.
-TEST(LantivoWalkThrough, AGrantedUserLocksItsRangeAndAnotherCannot) {
-  for (const char* device : {kSda, kNvme}) {
-    Bench bench;
-    auto run = [&](const std::vector<std::string>& argv, int status) {
-      Ran ran = bench.Run(argv);
-      EXPECT_EQ(status, ran.status) << testing::PrintToString(argv) << testing::PrintToString(ran.err);
-      return ran;
-    };
-    run(Sedutil({"--initialSetup", kPassword, device}), 0);
-    run(Sedutil({"--setupLockingRange", "1", "2048", "4096", kPassword, device}), 0);
-    for (const char* user : {"User0001", "User0002"}) {
-      run(Sedutil({"--enableUser", kPassword, user, device}), 0);
-      run(Sedutil({"--setPassword", kPassword, user, std::string("pw-") + user, device}), 0);
-    }
-    run(Lantivo({"--Add_ACE_Locking_range", device, kPassword, "1", "User1"}), 0);
-    run(Lantivo({"--enableLockingRange", "1", kPassword, "RW", device}), 0);
-    EXPECT_EQ(std::vector<std::string>{"Admin1 User1 can access Locking Range 1"},
-              run(Lantivo({"--list_User_ACE_Locking_range", device, kPassword, "1"}), 0).out);
-    run(Lantivo({"--setLockingRange", "1", "Y", "Y", "pw-User0001", device, "User1"}), 0);
-    run(Lantivo({"--setLockingRange", "1", "N", "N", "pw-User0002", device, "User2"}), 1);
-    const opalsim::Range& range = bench.Drive(device).ranges[1];
-    EXPECT_TRUE(range.readLocked && range.writeLocked) << device;
-    const std::vector<std::string> listing = run(Sedutil({"--listLockingRanges", kPassword, device}), 0).out;
-    ASSERT_GT(listing.size(), 4u);
-    EXPECT_EQ("LR1 Begin 2048 for 4096", listing[3]);
-    EXPECT_EQ("            RLKEna = Y  WLKEna = Y  RLocked = Y  WLocked = Y ", listing[4]);
-  }
-}
-
 }  // namespace
 }  // namespace tooltest
