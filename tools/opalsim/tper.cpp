@@ -388,6 +388,11 @@ class Methods {
       return Refuse(MethodStatus::kInvalidParameter);
     }
     for (const auto& [number, value] : columns->named) {
+      // The global range always spans the whole disk: its address is not
+      // a column anyone may write, so asking is invalid, not unauthorized.
+      if (object == kLockingGlobalRange && (number == column::kRangeStart || number == column::kRangeLength)) {
+        return Refuse(MethodStatus::kInvalidParameter);
+      }
       if (!Allowed(object, kMethodSet, number)) return Refuse(MethodStatus::kNotAuthorized);
     }
     Drive changed = drive_;
