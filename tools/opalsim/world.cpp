@@ -328,6 +328,7 @@ opal::Result<World> ParseWorld(const std::string& text) {
   if (!std::getline(lines, line) || line != kMagic) return Fail("line 1: not an opalsim state file");
   World world;
   Drive* drive = nullptr;
+  size_t driveLine = 0;  // where the open drive began, for an error at the end of the file
   for (size_t number = 2; std::getline(lines, line); ++number) {
     if (line.empty()) continue;
     LineReader in(line, number);
@@ -342,6 +343,7 @@ opal::Result<World> ParseWorld(const std::string& text) {
       if (world.Find(device) != nullptr) in.Error("drive " + device + " appears twice");
       world.drives.push_back(Drive{});
       drive = &world.drives.back();
+      driveLine = number;
       drive->device = device;
       drive->admins.clear();
       drive->users.clear();
@@ -358,7 +360,7 @@ opal::Result<World> ParseWorld(const std::string& text) {
     if (in.error().empty() && key != "model" && key != "firmware" && key != "serial") in.End();
     if (!in.error().empty()) return Fail(in.error());
   }
-  if (drive != nullptr) return Fail("the last drive has no end line");
+  if (drive != nullptr) return Fail("line " + std::to_string(driveLine) + ": drive " + drive->device + " has no end line");
   return world;
 }
 
