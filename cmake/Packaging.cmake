@@ -5,9 +5,10 @@
 # wraps exactly these files in a .deb.
 #
 # Everything here belongs to the install component "veltrak", the only one
-# packaged. The drive simulator stays out: it is a test bed that answers to
-# the names of the real drive tools and has no place on an administrator's
-# machine.
+# packaged: the program, and its two drive tools in a directory of their own
+# that only root may enter, so that `cd /usr/lib/veltrak && veltrak` is a
+# complete set-up. The emulated drive stays out: it answers as disks and has
+# no place on an administrator's machine.
 
 include(GNUInstallDirs)
 
@@ -43,6 +44,7 @@ function(veltrak_doc_file source name out_var)
 endfunction()
 
 veltrak_doc_file(${PROJECT_SOURCE_DIR}/docs/veltrak.8 veltrak.8 VELTRAK_MAN_PAGE)
+veltrak_doc_file(${PROJECT_SOURCE_DIR}/docs/veltrak-opal.8 veltrak-opal.8 VELTRAK_TOOLS_MAN_PAGE)
 veltrak_doc_file(${PROJECT_SOURCE_DIR}/README.md README.md VELTRAK_README)
 veltrak_doc_file(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog VELTRAK_CHANGELOG)
 add_custom_target(veltrak_docs ALL DEPENDS ${VELTRAK_DOC_OUTPUTS})
@@ -50,7 +52,19 @@ add_custom_target(veltrak_docs ALL DEPENDS ${VELTRAK_DOC_OUTPUTS})
 install(TARGETS veltrak
   RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR}
   COMPONENT veltrak)
-install(FILES ${VELTRAK_MAN_PAGE}
+# The tools: veltrak-opal under the two names Veltrak runs.
+set(VELTRAK_TOOLS_DIR lib/veltrak)
+install(DIRECTORY DESTINATION ${VELTRAK_TOOLS_DIR}
+  DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+  COMPONENT veltrak)
+install(TARGETS veltrak-opal
+  RUNTIME DESTINATION ${VELTRAK_TOOLS_DIR}
+  COMPONENT veltrak)
+foreach(tool sedutil-cli Lantivo)
+  install(CODE "file(CREATE_LINK veltrak-opal \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${VELTRAK_TOOLS_DIR}/${tool}\" SYMBOLIC)"
+    COMPONENT veltrak)
+endforeach()
+install(FILES ${VELTRAK_MAN_PAGE} ${VELTRAK_TOOLS_MAN_PAGE}
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man8
   COMPONENT veltrak)
 install(FILES ${VELTRAK_README} ${VELTRAK_CHANGELOG}
@@ -75,8 +89,9 @@ locking ranges and their protection mode, enables users and grants them
 lock privileges, loads a pre-boot image into the shadow MBR, reverts
 drives and erases them with the PSID.
 
-It drives the sedutil-cli and Lantivo tools, which must be placed in the
-directory it is started from; neither is part of this package.")
+It drives two tools in the directory it is started from, sedutil-cli and
+Lantivo. This package brings its own, veltrak-opal, which speaks TCG Opal
+to NVMe and SATA drives itself: start veltrak in /usr/lib/veltrak as root.")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 
 # One package holding only the "veltrak" component, whatever else the build

@@ -20,8 +20,10 @@ deb="$scratch/out/veltrak_${version}_$(dpkg --print-architecture).deb"
 status=0
 fail() { echo "FAIL: $*"; status=1; }
 
-# Mode, owner and path of every entry, sizes and dates left out.
-dpkg-deb -c "$deb" | awk '{ print $1, $2, $NF }' >"$scratch/contents.txt"
+# Mode, owner and path (with a link's target) of every entry, sizes and
+# dates left out.
+dpkg-deb -c "$deb" | awk '{ line = $1 " " $2; for (i = 6; i <= NF; i++) line = line " " $i; print line }' \
+  >"$scratch/contents.txt"
 diff -u "$expected" "$scratch/contents.txt" || fail "file list differs from $expected (- expected, + packaged)"
 
 field() { dpkg-deb -f "$deb" "$1"; }
@@ -35,14 +37,20 @@ for library in libc6 libstdc++6; do
 done
 
 dpkg-deb -x "$deb" "$scratch/root"
-gzip -dc "$scratch/root/usr/share/man/man8/veltrak.8.gz" | cmp -s - "$source_dir/docs/veltrak.8" ||
-  fail "packaged man page is not docs/veltrak.8"
+for page in veltrak veltrak-opal; do
+  gzip -dc "$scratch/root/usr/share/man/man8/$page.8.gz" | cmp -s - "$source_dir/docs/$page.8" ||
+    fail "packaged man page is not docs/$page.8"
+done
 
 # The packaged program runs: in a directory without the tools it finds no
-# drive, says so and ends with 255.
+# drive, says so and ends with 255; its tools answer under both names.
 mkdir "$scratch/empty"
 output=$(cd "$scratch/empty" && "$scratch/root/usr/sbin/veltrak" </dev/null 2>&1)
 code=$?
 [ "$code" -eq 255 ] && [ "$output" = "No disks found" ] ||
   fail "packaged veltrak ended with $code after: $output"
+tools="$scratch/root/usr/lib/veltrak"
+"$tools/sedutil-cli" -n --scan 2>&1 | head -n 1 | grep -qx 'Scanning for Opal compliant disks' ||
+  fail "packaged sedutil-cli does not scan"
+"$tools/Lantivo" 2>&1 | grep -q '^usage: Lantivo' || fail "packaged Lantivo does not answer as Lantivo"
 exit $status
