@@ -35,6 +35,7 @@ const char kHelp[] =
     "  fail-next DEVICE [COUNT]               refuse the next COUNT (1) authentications\n"
     "  set DEVICE SETTING VALUE               how the drive behaves where drives differ\n"
     "  host allow-tpm 1|0|missing             what /sys/module/libata/parameters/allow_tpm holds\n"
+    "  host real-disks hide|show              whether programs see this machine's own disks\n"
     "settings:\n";
 
 int Usage(const std::string& problem) {
@@ -251,7 +252,8 @@ int ShowVerb(const StateFile& state, const Args& args) {
   }
   std::ostringstream out;
   if (args.empty()) {
-    out << "host allow-tpm " << world->allowTpm << "\n";
+    out << "host allow-tpm " << world->allowTpm << ", real disks " << (world->hideRealDisks ? "hidden" : "shown")
+        << "\n";
     for (const Drive& drive : world->drives) Show(out, state, drive);
   } else if (const Drive* drive = world->Find(args[0])) {
     Show(out, state, *drive);
@@ -299,11 +301,13 @@ int Set(const StateFile& state, const Args& args) {
 }
 
 int Host(const StateFile& state, const Args& args) {
-  if (args.size() != 2 || args[0] != "allow-tpm" || (args[1] != "1" && args[1] != "0" && args[1] != "missing")) {
-    return Usage("host takes allow-tpm and 1, 0 or missing");
-  }
+  const bool allowTpm = args.size() == 2 && args[0] == "allow-tpm" &&
+                        (args[1] == "1" || args[1] == "0" || args[1] == "missing");
+  const bool realDisks = args.size() == 2 && args[0] == "real-disks" && (args[1] == "hide" || args[1] == "show");
+  if (!allowTpm && !realDisks) return Usage("host takes allow-tpm 1|0|missing or real-disks hide|show");
   opal::Status saved = state.Update([&](World& world) {
-    world.allowTpm = args[1];
+    if (allowTpm) world.allowTpm = args[1];
+    if (realDisks) world.hideRealDisks = args[1] == "hide";
     return true;
   });
   if (!saved) std::cerr << "opalsim: " << saved.error().message << "\n";

@@ -87,6 +87,13 @@ NodeKind Emulator::Lookup(const std::string& path) {
   return Current().Find(path) != nullptr ? kind : NodeKind::kNone;
 }
 
+bool Emulator::Hides(const std::string& path) {
+  if (path.rfind("/dev/sd", 0) != 0 && path.rfind("/dev/nvme", 0) != 0) return false;
+  std::lock_guard<std::recursive_mutex> lock(mutex_);
+  const World& world = Current();
+  return world.hideRealDisks && world.Find(path) == nullptr;
+}
+
 std::vector<std::string> Emulator::DevNames() {
   std::lock_guard<std::recursive_mutex> lock(mutex_);
   std::vector<std::string> names;

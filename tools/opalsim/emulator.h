@@ -27,6 +27,9 @@ class Emulator {
 
   // The kind of emulated node at path; kNone when no emulated drive has it.
   NodeKind Lookup(const std::string& path);
+  // Whether path is one of the host's own disks (a /dev/sd... or
+  // /dev/nvme... node no emulated drive has) while the world hides them.
+  bool Hides(const std::string& path);
   // The names a listing of /dev shows for the emulated drives ("nvme0", "sda").
   std::vector<std::string> DevNames();
   // What the host's libata.allow_tpm file holds; nothing when it is missing.

@@ -124,6 +124,19 @@ NodeKind Emulated(const char* path) {
   return shim.emulator == nullptr ? NodeKind::kNone : shim.emulator->Lookup(path);
 }
 
+// One of the host's own disks, hidden from a rehearsal: as if it did not
+// exist.
+bool Hidden(const char* path) {
+  if (path == nullptr || std::strncmp(path, "/dev/", 5) != 0) return false;
+  Shim& shim = TheShim();
+  return shim.emulator != nullptr && shim.emulator->Hides(path);
+}
+
+int NoSuchFile() {
+  errno = ENOENT;
+  return -1;
+}
+
 bool IsAllowTpm(const char* path) {
   return path != nullptr && std::strcmp(path, kAllowTpmPath) == 0 && TheShim().emulator != nullptr;
 }
@@ -177,6 +190,7 @@ mode_t ModeArgument(int flags, va_list args) {
 
 int OpenHook(OpenFn real, const char* path, int flags, mode_t mode) {
   if (Emulated(path) != NodeKind::kNone) return OpenDevice(path, flags);
+  if (Hidden(path)) return NoSuchFile();
   if (IsAllowTpm(path)) return OpenAllowTpm();
   return real(path, flags, mode);
 }
@@ -221,6 +235,7 @@ int openat(int dirfd, const char* path, int flags, ...) {
   const mode_t mode = ModeArgument(flags, args);
   va_end(args);
   if (Emulated(path) != NodeKind::kNone) return OpenDevice(path, flags);
+  if (Hidden(path)) return NoSuchFile();
   if (IsAllowTpm(path)) return OpenAllowTpm();
   return REAL(openat)(dirfd, path, flags, mode);
 }
@@ -231,6 +246,7 @@ int openat64(int dirfd, const char* path, int flags, ...) {
   const mode_t mode = ModeArgument(flags, args);
   va_end(args);
   if (Emulated(path) != NodeKind::kNone) return OpenDevice(path, flags);
+  if (Hidden(path)) return NoSuchFile();
   if (IsAllowTpm(path)) return OpenAllowTpm();
   return REAL(openat64)(dirfd, path, flags, mode);
 }
@@ -246,6 +262,7 @@ int close(int fd) {
 
 int access(const char* path, int mode) {
   if (Emulated(path) != NodeKind::kNone) return 0;
+  if (Hidden(path)) return NoSuchFile();
   if (IsAllowTpm(path) && TheShim().emulator->AllowTpmText()) return (mode & W_OK) ? (errno = EACCES, -1) : 0;
   return REAL(access)(path, mode);
 }
@@ -308,17 +325,21 @@ namespace {
 
 // The next entry of a listing of /dev: the real ones first (a real name
 // the emulator also has is shown once), then the emulated ones.
-template <typename Entry>
-Entry* NextEntry(DIR* dir, Entry* real, Entry Shim::Listing::*slot) {
+template <typename Entry, typename Fetch>
+Entry* NextEntry(DIR* dir, Fetch fetch, Entry Shim::Listing::*slot) {
   Shim& shim = TheShim();
-  if (shim.emulator == nullptr) return real;
-  std::lock_guard<std::mutex> lock(shim.mutex);
+  if (shim.emulator == nullptr) return fetch(dir);
+  std::unique_lock<std::mutex> lock(shim.mutex);
   auto listing = shim.listings.find(dir);
-  if (listing == shim.listings.end()) return real;
+  if (listing == shim.listings.end()) {
+    lock.unlock();
+    return fetch(dir);
+  }
   std::vector<std::string>& names = listing->second.names;
-  if (real != nullptr) {
-    names.erase(std::remove(names.begin(), names.end(), std::string(real->d_name)), names.end());
-    return real;
+  for (Entry* real; (real = fetch(dir)) != nullptr;) {
+    const std::string name = real->d_name;
+    names.erase(std::remove(names.begin(), names.end(), name), names.end());
+    if (!shim.emulator->Hides("/dev/" + name)) return real;
   }
   if (names.empty()) return nullptr;
   Entry& entry = listing->second.*slot;
@@ -336,9 +357,9 @@ Entry* NextEntry(DIR* dir, Entry* real, Entry Shim::Listing::*slot) {
 
 extern "C" {
 
-struct dirent* readdir(DIR* dir) { return NextEntry(dir, REAL(readdir)(dir), &Shim::Listing::entry); }
+struct dirent* readdir(DIR* dir) { return NextEntry(dir, REAL(readdir), &Shim::Listing::entry); }
 
-struct dirent64* readdir64(DIR* dir) { return NextEntry(dir, REAL(readdir64)(dir), &Shim::Listing::entry64); }
+struct dirent64* readdir64(DIR* dir) { return NextEntry(dir, REAL(readdir64), &Shim::Listing::entry64); }
 
 int closedir(DIR* dir) {
   Shim& shim = TheShim();
@@ -353,6 +374,7 @@ int closedir(DIR* dir) {
 #define PATH_STAT(name, Stat)                                               \
   int name(const char* path, Stat* out) {                                   \
     if (Emulated(path) != NodeKind::kNone) return FillStat(path, out) ? 0 : -1; \
+    if (Hidden(path)) return NoSuchFile();                                  \
     return REAL(name)(path, out);                                           \
   }
 PATH_STAT(stat, struct stat)
@@ -372,6 +394,7 @@ FD_STAT(fstat64, struct stat64)
 #define AT_STAT(name, Stat)                                                     \
   int name(int dirfd, const char* path, Stat* out, int flags) {                 \
     if (Emulated(path) != NodeKind::kNone) return FillStat(path, out) ? 0 : -1; \
+    if (Hidden(path)) return NoSuchFile();                                      \
     return REAL(name)(dirfd, path, out, flags);                                 \
   }
 AT_STAT(fstatat, struct stat)
@@ -381,6 +404,7 @@ AT_STAT(fstatat64, struct stat64)
 #define XSTAT(name, Stat)                                                       \
   int name(int version, const char* path, Stat* out) {                          \
     if (Emulated(path) != NodeKind::kNone) return FillStat(path, out) ? 0 : -1; \
+    if (Hidden(path)) return NoSuchFile();                                      \
     return REAL(name)(version, path, out);                                      \
   }
 XSTAT(__xstat, struct stat)
@@ -406,6 +430,7 @@ int statx(int dirfd, const char* path, int flags, unsigned int mask, struct stat
   } else if ((flags & AT_EMPTY_PATH) && *path == '\0') {
     device = DeviceOf(dirfd);
   }
+  if (device.empty() && Hidden(path)) return NoSuchFile();
   if (device.empty()) return REAL(statx)(dirfd, path, flags, mask, out);
   const struct stat st = TheShim().emulator->NodeStat(device);
   *out = {};

@@ -317,7 +317,7 @@ std::string CheckDrive(const Drive& d) {
 
 std::string Serialize(const World& world) {
   std::ostringstream out;
-  out << kMagic << '\n' << "allow-tpm " << world.allowTpm << '\n';
+  out << kMagic << '\n' << "allow-tpm " << world.allowTpm << '\n' << "real-disks " << (world.hideRealDisks ? "hide" : "show") << '\n';
   for (const Drive& drive : world.drives) PutDrive(out, drive);
   return out.str();
 }
@@ -338,6 +338,10 @@ opal::Result<World> ParseWorld(const std::string& text) {
       if (world.allowTpm != "1" && world.allowTpm != "0" && world.allowTpm != "missing") {
         in.Error("allow-tpm must be 1, 0 or missing");
       }
+    } else if (drive == nullptr && key == "real-disks") {
+      const std::string word = in.Word();
+      if (word != "hide" && word != "show") in.Error("real-disks must be hide or show");
+      world.hideRealDisks = word == "hide";
     } else if (drive == nullptr && key == "drive") {
       const std::string device = in.Word();
       if (world.Find(device) != nullptr) in.Error("drive " + device + " appears twice");

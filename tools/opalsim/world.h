@@ -20,6 +20,9 @@ struct World {
   // What /sys/module/libata/parameters/allow_tpm holds: "1", "0", or
   // "missing" for a host whose SATA drives are not behind libata.
   std::string allowTpm = "1";
+  // Whether the host's own disks (real /dev/sdX and /dev/nvmeN nodes that
+  // no emulated drive has) are hidden, so that a rehearsal cannot reach them.
+  bool hideRealDisks = false;
   std::vector<Drive> drives;
 
   // The drive whose controller or namespace node (/dev/nvme0n1) or SATA
