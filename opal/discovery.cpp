@@ -147,17 +147,23 @@ Bytes EncodeDiscovery(const Discovery& f) {
 Result<Discovery> DecodeDiscovery(const uint8_t* data, size_t size) {
   if (size < kDiscoveryHeaderSize) return Fail("discovery data shorter than its header");
   const uint64_t length = ReadBe(data, 4);
-  if (length < kDiscoveryHeaderSize - 4) return Fail("discovery header length too small");
   const size_t end = length > size - 4 ? size : static_cast<size_t>(length) + 4;
   Discovery out;
-  for (size_t at = kDiscoveryHeaderSize; at < end;) {
-    if (end - at < 4) return Fail("feature descriptor header cut short");
+  // As drives are read in practice: the first descriptor even when the
+  // header's Length is short, and a descriptor that runs past Length whole,
+  // so long as it lies inside the data.
+  size_t at = kDiscoveryHeaderSize;
+  do {
+    if (size - at < 4) {
+      if (at < end) return Fail("feature descriptor header cut short");
+      break;
+    }
     const uint16_t code = static_cast<uint16_t>(ReadBe(data + at, 2));
     const size_t total = 4 + size_t{data[at + 3]};
-    if (total > end - at) return Fail("feature descriptor runs past the discovery data");
+    if (total > size - at) return Fail("feature descriptor runs past the discovery data");
     DecodeDescriptor(out, code, Bytes(data + at, data + at + total));
     at += total;
-  }
+  } while (at < end);
   return out;
 }
 

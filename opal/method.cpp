@@ -96,7 +96,7 @@ std::vector<Value> SetColumns(const std::vector<std::pair<uint64_t, Value>>& col
 }
 
 std::vector<Value> SetBytes(uint64_t offset, const Bytes& data) {
-  return {Value::Named(param::kWhere, Value::UInt(offset)), Value::Named(param::kValues, Value::Blob(data))};
+  return {Value::Named(param::kWhere, Value::UInt(offset)), Value::Named(param::kValues, Value::LongBlob(data))};
 }
 
 Result<std::map<uint64_t, Value>> ColumnsOfResult(const Message& response) {
@@ -111,7 +111,8 @@ Result<std::map<uint64_t, Value>> ColumnsOfResult(const Message& response) {
 
 std::vector<Value> EncodeStartSession(const StartSessionArgs& args) {
   std::vector<Value> values = {Value::UInt(args.hostSession), Value::Ref(args.sp), Value::Bool(args.write)};
-  if (args.challenge) values.push_back(Value::Named(param::kHostChallenge, Value::Blob(*args.challenge)));
+  // Challenges go out as medium atoms, as drives are known to receive passwords.
+  if (args.challenge) values.push_back(Value::Named(param::kHostChallenge, Value::MediumBlob(*args.challenge)));
   if (args.authority) values.push_back(Value::Named(param::kHostSigningAuthority, Value::Ref(*args.authority)));
   return values;
 }

@@ -36,7 +36,7 @@ Result<Bytes> ReadMsid(Session& session) {
 }
 
 Status SetPin(Session& session, Uid cpin, const Bytes& pin) {
-  return session.Set(cpin, {{column::kPin, Value::Blob(pin)}});
+  return session.Set(cpin, {{column::kPin, Value::MediumBlob(pin)}});
 }
 
 Result<uint64_t> ReadLifeCycle(Session& session, Uid sp) { return ReadNumber(session, sp, column::kLifeCycleState); }
@@ -69,7 +69,10 @@ Status GenKey(Session& session, Uid key) { return Invoke(session, key, kMethodGe
 
 Status RevertLockingSp(Session& session, bool keepGlobalRangeKey) {
   std::vector<Value> arguments;
-  if (keepGlobalRangeKey) arguments.push_back(Value::Named(param::kKeepGlobalRangeKey, Value::Bool(true)));
+  if (keepGlobalRangeKey) {
+    // The parameter's name in three bytes, the form drives are known to receive.
+    arguments.push_back(Value::Name(Value::UIntOfWidth(param::kKeepGlobalRangeKey, 3), Value::Bool(true)));
+  }
   Status done = Invoke(session, kThisSp, kMethodRevertSp, arguments);
   if (done) session.ClosedByDrive();
   return done;

@@ -25,6 +25,27 @@ Value Value::Blob(Bytes bytes) {
   return v;
 }
 
+Value Value::MediumBlob(Bytes bytes) {
+  Value v = Blob(std::move(bytes));
+  if (v.bytes_.size() < 2048) v.form_ = Form::kMedium;
+  return v;
+}
+
+Value Value::LongBlob(Bytes bytes) {
+  Value v = Blob(std::move(bytes));
+  v.form_ = Form::kLong;
+  return v;
+}
+
+Value Value::UIntOfWidth(uint64_t number, uint8_t width) {
+  Value v = UInt(number);
+  if (width >= 1 && width <= 8 && (width == 8 || number >> (8 * width) == 0)) {
+    v.form_ = Form::kWidth;
+    v.width_ = width;
+  }
+  return v;
+}
+
 Value Value::Text(std::string_view text) { return Blob(Bytes(text.begin(), text.end())); }
 
 Value Value::Ref(Uid uid) {
@@ -109,6 +130,12 @@ Encoder& Encoder::UInt(uint64_t number) {
   return *this;
 }
 
+Encoder& Encoder::UIntOfWidth(uint64_t number, uint8_t width) {
+  bytes_.push_back(static_cast<uint8_t>(0x80 | width));
+  PutBigEndian(bytes_, number, width);
+  return *this;
+}
+
 Encoder& Encoder::Int(int64_t number) {
   if (number >= -32 && number <= 31) {
     bytes_.push_back(static_cast<uint8_t>(0x40 | (static_cast<uint64_t>(number) & 0x3F)));
@@ -126,12 +153,33 @@ void Encoder::BlobHeader(size_t size) {
   if (size < 16) {
     bytes_.push_back(static_cast<uint8_t>(0xA0 | size));
   } else if (size < 2048) {
-    bytes_.push_back(static_cast<uint8_t>(0xD0 | (size >> 8)));
-    bytes_.push_back(static_cast<uint8_t>(size & 0xFF));
+    MediumHeader(size);
   } else {
-    bytes_.push_back(0xE2);
-    PutBigEndian(bytes_, size, 3);
+    LongHeader(size);
   }
+}
+
+void Encoder::MediumHeader(size_t size) {
+  bytes_.push_back(static_cast<uint8_t>(0xD0 | (size >> 8)));
+  bytes_.push_back(static_cast<uint8_t>(size & 0xFF));
+}
+
+void Encoder::LongHeader(size_t size) {
+  bytes_.push_back(0xE2);
+  PutBigEndian(bytes_, size, 3);
+}
+
+Encoder& Encoder::MediumBlob(const Bytes& bytes) {
+  if (bytes.size() >= 2048) return Blob(bytes);
+  MediumHeader(bytes.size());
+  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+  return *this;
+}
+
+Encoder& Encoder::LongBlob(const Bytes& bytes) {
+  LongHeader(bytes.size());
+  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+  return *this;
 }
 
 Encoder& Encoder::Blob(const uint8_t* data, size_t size) {
@@ -154,10 +202,13 @@ Encoder& Encoder::Token(Control control) {
 Encoder& Encoder::Put(const Value& value) {
   switch (value.kind()) {
     case Value::Kind::kUnsigned:
+      if (value.form() == Value::Form::kWidth) return UIntOfWidth(value.uinteger(), value.width());
       return UInt(value.uinteger());
     case Value::Kind::kSigned:
       return Int(value.integer());
     case Value::Kind::kBytes:
+      if (value.form() == Value::Form::kMedium) return MediumBlob(value.bytes());
+      if (value.form() == Value::Form::kLong) return LongBlob(value.bytes());
       return Blob(value.bytes());
     case Value::Kind::kList:
       Token(Control::kStartList);

@@ -49,6 +49,12 @@ class Value {
   // The common name form: an unsigned integer naming a parameter or column.
   static Value Named(uint64_t name, Value value);
   static Value Bool(bool flag) { return UInt(flag ? 1 : 0); }
+  // The same values in the wider atom forms drives are known to receive
+  // from existing hosts: a password as a medium atom, a pre-boot image chunk
+  // as a long one, a parameter name in exactly width bytes.
+  static Value MediumBlob(Bytes bytes);
+  static Value LongBlob(Bytes bytes);
+  static Value UIntOfWidth(uint64_t number, uint8_t width);
 
   Kind kind() const { return kind_; }
   bool IsUInt() const { return kind_ == Kind::kUnsigned; }
@@ -68,11 +74,19 @@ class Value {
   // The UID held by an 8-byte string; false for anything else.
   bool AsUid(Uid& uid) const;
 
+  // The atom form asked for (kShortest unless made by one of the above).
+  enum class Form : uint8_t { kShortest, kMedium, kLong, kWidth };
+  Form form() const { return form_; }
+  uint8_t width() const { return width_; }
+
+  // Values compare by content; the atom form is not part of it.
   bool operator==(const Value& other) const;
   bool operator!=(const Value& other) const { return !(*this == other); }
 
  private:
   Kind kind_ = Kind::kUnsigned;
+  Form form_ = Form::kShortest;
+  uint8_t width_ = 0;
   uint64_t uinteger_ = 0;
   int64_t integer_ = 0;
   Bytes bytes_;
@@ -83,9 +97,14 @@ class Value {
 class Encoder {
  public:
   Encoder& UInt(uint64_t number);
+  // number in a short atom of exactly width (1..8) bytes.
+  Encoder& UIntOfWidth(uint64_t number, uint8_t width);
   Encoder& Int(int64_t number);
   Encoder& Blob(const uint8_t* data, size_t size);
   Encoder& Blob(const Bytes& bytes) { return Blob(bytes.data(), bytes.size()); }
+  // A byte string in a medium atom (below 2048 bytes) or a long one.
+  Encoder& MediumBlob(const Bytes& bytes);
+  Encoder& LongBlob(const Bytes& bytes);
   Encoder& Ref(Uid uid);
   Encoder& Token(Control control);
   Encoder& Put(const Value& value);
@@ -93,6 +112,8 @@ class Encoder {
 
  private:
   void BlobHeader(size_t size);
+  void MediumHeader(size_t size);
+  void LongHeader(size_t size);
   Bytes bytes_;
 };
 
