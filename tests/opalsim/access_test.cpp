@@ -90,6 +90,8 @@ TEST(Access, Calls) {
       {"reading an unknown UID", kAnyone, 0x0000ABCD00000001, Get(0, 0), kInvalidParameter, 0},
       {"Locking SP row in the Admin SP", kSidWho, RangeUid(1), kLock, kInvalidParameter, 0},
       {"user 9 of an 8-user drive", kAdmin1Who, UserUid(9), Set({{5, 1}}), kInvalidParameter, 0},
+      {"PIN of the Users class", kAdmin1Who, CpinUserUid(0), Pin("x"), kInvalidParameter, 0},
+      {"user enabled, to the admin", kAdmin1Who, UserUid(1), Get(5, 5), 0, 5},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -183,6 +185,18 @@ TEST(Access, AceSettings) {
   sim.Own().drive().settings.aceOperands = 2;
   Check(sim, kAdmin1Who, AceSetRdLockedUid(2), Ace(Expr({kAdmins, UserUid(2)}, 1)), 0);
   Check(sim, kAdmin1Who, AceSetRdLockedUid(2), Ace(Expr({kAdmins, UserUid(1), UserUid(2)}, 2)), kInvalidParameter);
+}
+
+// GetACL lists the ACEs that guard a method on an object, not their users.
+TEST(Access, GetAcl) {
+  Sim sim;
+  const Message reply = Need(sim.Own().Must(kUser1Who)->Call(kAccessControlTable, kMethodGetAcl,
+                                                             {Value::Ref(RangeUid(1)), Value::Ref(kMethodSet)}));
+  std::vector<Uid> aces;
+  for (const Value& item : reply.arguments.at(0).items()) {
+    EXPECT_TRUE(item.AsUid(aces.emplace_back()));
+  }
+  EXPECT_EQ(aces, (std::vector<Uid>{kAceLockingAdminsRangeStartToLor, AceSetRdLockedUid(1), AceSetWrLockedUid(1)}));
 }
 
 // Range addresses the drive must refuse, and those it takes, beside range 1

@@ -78,6 +78,8 @@ int Discover(const char* path) {
   if (fd < 0 || fstat(fd, &st) != 0) return std::printf("open: failed\n"), 1;
   std::printf("node: %s\n", S_ISBLK(st.st_mode) ? "block" : S_ISCHR(st.st_mode) ? "character" : "other");
   Device device(KindOfPath(path) == DeviceKind::kNvme ? MakeNvmeTransport(fd) : MakeSataTransport(fd));
+  Result<Identity> identity = device.Identify();
+  if (identity) std::printf("model: %s, firmware: %s\n", Trimmed(identity->model).c_str(), Trimmed(identity->firmware).c_str());
   Result<Discovery> found = device.Discover();
   if (!found) return std::printf("discovery: %s\n", found.error().message.c_str()), 1;
   return std::printf("locking enabled: %d, locked: %d\n", found->locking->enabled, found->locking->locked), 0;

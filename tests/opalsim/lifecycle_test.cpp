@@ -209,6 +209,10 @@ TEST(LifeCycle, LargestComPacketAccepted) {
   ASSERT_EQ(Frame(packet).size(), largest);
   EXPECT_EQ(Code(WriteMbr(*admin, 4096, data)), 0);
   EXPECT_EQ(Need(opalsim::ReadMbr(sim.mbr, 4096, data.size())), data);
+  Need(RevertLockingSp(*sim.Must(kAdmin1Who), false));
+  EXPECT_EQ(Need(opalsim::ReadMbr(sim.mbr, 4096, 4)), Bytes(4)) << "a RevertSP empties the table";
+  Need(ActivateLockingSp(*sim.Must(kSidWho)));
+  admin = sim.Must(kAdmin1Who);
   // The table ends where the mbr-size setting says.
   sim.drive().settings.mbrSize = 1 << 20;
   EXPECT_EQ(Code(WriteMbr(*admin, (1 << 20) - 4, Bytes(4, 1))), 0);

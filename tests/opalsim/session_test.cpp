@@ -8,6 +8,7 @@ namespace {
 
 const char kSmuid[] = "A8 00 00 00 00 00 00 00 FF ";
 const char kStatusOk[] = " F9 F0 00 00 00 F1";
+const char kGetMsid[] = "F8 A8 00 00 00 0B 00 00 84 02 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 03 F3 F2 04 03 F3 F1 F1 F9 F0 00 00 00 F1";
 
 TEST(SessionManager, AnswersBySetting) {
   struct Case {
@@ -35,81 +36,78 @@ TEST(SessionManager, AnswersBySetting) {
     ASSERT_TRUE(opalsim::ApplySetting(sim.drive().settings, c.setting, c.value, reason)) << reason;
     Raw raw(sim);
     EXPECT_EQ(raw.Send(0, 0, c.sent), Hex(c.answer));
+    EXPECT_EQ(raw.last.comId, 0x1000);
     EXPECT_EQ(raw.Send(0, 0, Hex("FA")), Hex(c.answer[0] == 'F' && c.sent == Hex("FA") ? "FA" : ""))
         << "the end of session a client sends after a refused start";
   }
 }
 
-// Whole answers, byte for byte, to the calls clients make most, as clients
-// that read tokens by position need them.
+// Whole answers, byte for byte, to calls as clients make them (those that
+// read tokens by position need them so), each in a new session as who.
 TEST(SessionManager, ExactAnswers) {
+  const std::string ok = kStatusOk, range2 = "F8 A8 00 00 08 02 00 03 00 02 A8 00 00 00 06 00 00 00 ";
+  const std::string sync = std::string("F8 ") + kSmuid + "A8 00*6 FF 03 F0 ";
   struct Case {
     const char* name;
-    const Who& who;
-    std::string sent;
-    std::string answer;
-  };
-  const std::string ok = kStatusOk;
-  const Case cases[] = {
-      {"MaxRanges", kAdmin1Who, "F8 A8 00 00 08 01 00 00 00 01 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 04 F3 F2 04 04 F3 F1 F1" + ok,
+    const Who* who;  // none: sent to the session manager
+    std::string sent, answer;
+  } cases[] = {
+      {"SyncSession: HSN echoed, TSN 4096", nullptr, "", sync + "81 69 82 10 00 F1" + ok},
+      {"another host's session: TSN 4097", nullptr, "HSN 41", sync + "81 41 82 10 01 F1" + ok},
+      {"MaxRanges", &kAdmin1Who, "F8 A8 00 00 08 01 00*3 01 A8 00*3 06 00*3 16 F0 F0 F2 03 04 F3 F2 04 04 F3 F1 F1" + ok,
        "F0 F0 F2 04 08 F3 F1 F1" + ok},
-      {"setupLockingRange's Set", kAdmin1Who,
-       "F8 A8 00 00 08 02 00 03 00 02 A8 00 00 00 06 00 00 00 17 F0 F2 01 F0 F2 03 82 08 00 F3 F2 04 82 10 00 F3 "
-       "F2 05 00 F3 F2 06 00 F3 F2 07 00 F3 F2 08 00 F3 F1 F3 F1" + ok,
+      {"setupLockingRange's Set", &kAdmin1Who,
+       range2 + "17 F0 F2 01 F0 F2 03 82 08 00 F3 F2 04 82 10 00 F3 F2 05 00 F3 F2 06 00 F3 F2 07 00 F3 F2 08 00 F3 F1 F3 F1" + ok,
        "F0 F1" + ok},
-      {"range columns 3 to 8", kAdmin1Who,
-       "F8 A8 00 00 08 02 00 03 00 02 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 03 F3 F2 04 08 F3 F1 F1" + ok,
+      {"range columns 3 to 8", &kAdmin1Who, range2 + "16 F0 F0 F2 03 03 F3 F2 04 08 F3 F1 F1" + ok,
        "F0 F0 F2 03 82 08 00 F3 F2 04 82 10 00 F3 F2 05 00 F3 F2 06 00 F3 F2 07 00 F3 F2 08 00 F3 F1 F1" + ok},
-      {"ActiveKey", kAdmin1Who,
-       "F8 A8 00 00 08 02 00 03 00 02 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 0A F3 F2 04 0A F3 F1 F1" + ok,
+      {"ActiveKey", &kAdmin1Who, range2 + "16 F0 F0 F2 03 0A F3 F2 04 0A F3 F1 F1" + ok,
        "F0 F0 F2 0A A8 00 00 08 06 00 03 00 02 F3 F1 F1" + ok},
-      {"rekey", kAdmin1Who, "F8 A8 00 00 08 06 00 03 00 02 A8 00 00 00 06 00 00 00 10 F0 F1" + ok, "F0 F1" + ok},
-      {"Locking SP life cycle", kSidWho,
-       "F8 A8 00 00 02 05 00 00 00 02 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 06 F3 F2 04 06 F3 F1 F1" + ok,
+      {"Locking SP life cycle", &kSidWho, "F8 A8 00 00 02 05 00*3 02 A8 00*3 06 00*3 16 F0 F0 F2 03 06 F3 F2 04 06 F3 F1 F1" + ok,
        "F0 F0 F2 06 09 F3 F1 F1" + ok},
-      {"end of session", kSidWho, "FA", "FA"},
+      {"end of session", &kSidWho, "FA", "FA"},
   };
   Sim sim;
-  sim.Own();
-  Raw raw(sim);
-  EXPECT_EQ(raw.Send(0, 0, StartSessionPayload(kAnyone)),
-            Hex(std::string("F8 ") + kSmuid + "A8 00*6 FF 03 F0 81 69 82 10 00 F1" + ok))
-      << "SyncSession handing out TSN 4096 to HSN 105";
+  Raw raw(sim.Own());
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(raw.Send(raw.Start(c.who), 105, Hex(c.sent)), Hex(c.answer));
+    if (c.who == nullptr) {
+      EXPECT_EQ(raw.Send(0, 0, StartSessionPayload(kAnyone, c.sent.empty() ? 105 : 0x41)), Hex(c.answer));
+    } else {
+      EXPECT_EQ(raw.Send(raw.Start(*c.who), 105, Hex(c.sent)), Hex(c.answer));
+      EXPECT_EQ(raw.last.hsn, 105u);
+    }
   }
+  EXPECT_EQ(StatusOf(raw.Send(4097, 105, Hex(kGetMsid))), kInvalidParameter) << "TSN of one session, HSN of another";
+  EXPECT_EQ(StatusOf(raw.Send(4097, 0x41, Hex(kGetMsid))), 0);
 }
 
+// Level 0 discovery: the header's Length is the rest of the data, and the
+// features are TPer, Locking, Geometry and Opal 2 (with its ComID), no Opal 1.
+TEST(SessionManager, Discovery) {
+  Sim sim;
+  Bytes data;
+  opalsim::Connection host;
+  ASSERT_TRUE(opalsim::TperReceive(sim.drive(), host, kProtocolTcg, kDiscoveryComId, 2048, data));
+  const size_t end = ReadBe(data.data(), 4) + 4;
+  std::vector<uint32_t> codes;
+  for (size_t at = kDiscoveryHeaderSize; at + 4 <= end; at += 4 + data[at + 3]) codes.push_back(ReadBe(&data[at], 2));
+  EXPECT_EQ(codes, (std::vector<uint32_t>{0x0001, 0x0002, 0x0003, 0x0203}));
+  EXPECT_TRUE(std::all_of(data.begin() + static_cast<long>(end), data.end(), [](uint8_t b) { return b == 0; }));
+  EXPECT_EQ(Need(DecodeDiscovery(data.data(), data.size())).opal2->baseComId, 0x1000);
+}
+
+// Properties with an empty list: the drive's properties, MaxComPacketSize
+// before MaxIndTokenSize (where clients stop reading), and the default host
+// properties echoed.
 TEST(SessionManager, PropertiesWithAnEmptyList) {
   Sim sim;
-  Raw raw(sim);
-  const Message reply = Need(DecodeMessage(raw.Send(0, 0, Hex(std::string("F8 ") + kSmuid + "A8 00*6 FF 01 F0 F1" + kStatusOk))));
+  const Message reply = Need(DecodeMessage(Raw(sim).Send(0, 0, Hex(std::string("F8 ") + kSmuid + "A8 00*6 FF 01 F0 F1" + kStatusOk))));
   ASSERT_EQ(reply.arguments.size(), 2u);
-  const Properties tper = Need(DecodePropertiesReply(reply.arguments));
-  auto at = [&](const char* name) {
-    for (size_t i = 0; i < tper.size(); ++i) if (tper[i].first == name) return i;
-    return tper.size();
-  };
-  EXPECT_LT(at("MaxComPacketSize"), at("MaxIndTokenSize")) << "clients stop reading at MaxIndTokenSize";
-  const Properties host = Need(DecodePropertiesCall({reply.arguments[1]}));
-  EXPECT_EQ(PropertyOr(host, "MaxComPacketSize", 0), 2048u) << "the default host properties echoed";
-}
-
-TEST(SessionManager, SessionNumbers) {
-  Sim sim;
-  Raw raw(sim);
-  const Bytes getMsid = EncodeCall(kCpinMsid, kMethodGet, GetColumns(3, 3));
-  for (uint32_t hsn : {105u, 0x41u}) {
-    const Message sync = Need(DecodeMessage(raw.Send(0, 0, StartSessionPayload(kAnyone, hsn))));
-    ASSERT_EQ(sync.arguments.size(), 2u);
-    EXPECT_EQ(sync.arguments[0].uinteger(), hsn) << "HSN echoed";
-    EXPECT_EQ(sync.arguments[1].uinteger(), hsn == 105 ? 4096u : 4097u) << "TSNs from 4096";
-  }
-  EXPECT_EQ(StatusOf(raw.Send(4097, 0x41, getMsid)), 0);
-  EXPECT_EQ(raw.last.tsn, 4097u);
-  EXPECT_EQ(raw.last.hsn, 0x41u);
-  EXPECT_EQ(StatusOf(raw.Send(4097, 105, getMsid)), kInvalidParameter) << "TSN of one session, HSN of another";
+  std::vector<std::string> names;
+  for (const auto& [name, value] : Need(DecodePropertiesReply(reply.arguments))) names.push_back(name);
+  EXPECT_LT(std::find(names.begin(), names.end(), "MaxComPacketSize"), std::find(names.begin(), names.end(), "MaxIndTokenSize"));
+  EXPECT_EQ(PropertyOr(Need(DecodePropertiesCall({reply.arguments[1]})), "MaxComPacketSize", 0), 2048u);
 }
 
 // Revert and RevertSP end their session themselves; a refused RevertSP does

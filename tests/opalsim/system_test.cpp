@@ -75,7 +75,8 @@ TEST_F(System, ClientSetupThroughIoctls) {
     EXPECT_NE(after[1], before[1]) << "range 1 re-keyed";
   }
   // The namespace node, opened read-only, reaches the drive set up above.
-  EXPECT_EQ(Preloaded(OPALSIM_CLIENT " discover /dev/nvme0n1").output, "node: block\nlocking enabled: 1, locked: 1\n");
+  EXPECT_EQ(Preloaded(OPALSIM_CLIENT " discover /dev/nvme0n1").output,
+            "node: block\nmodel: ZEP NV2000 1TB, firmware: 2B2QEXM7\nlocking enabled: 1, locked: 1\n");
 }
 
 TEST_F(System, DeviceNodes) {
@@ -89,6 +90,8 @@ TEST_F(System, DeviceNodes) {
   std::ofstream(dir_ + "/plain") << "plain text\n";
   EXPECT_EQ(Preloaded("cat " + dir_ + "/plain").output, "plain text\n");
   EXPECT_EQ(Preloaded(OPALSIM_CLIENT " discover /dev/nvme7").output, "open: failed\n");
+  EXPECT_EQ(Preloaded(OPALSIM_CLIENT " discover /dev/sdb").output,
+            "node: block\nmodel: KVX 480GB, firmware: SBFK71F3\nlocking enabled: 0, locked: 0\n");
 }
 
 TEST_F(System, AllowTpmHostSetting) {
