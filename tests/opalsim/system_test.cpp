@@ -134,6 +134,8 @@ TEST_F(System, AdminCommand) {
       {"add /dev/sdb X Y Z --ranges 0", 2, "--ranges"},
       {"add /dev/sdb X Y Z --colour", 2, "--colour"},
       {"add /dev/sdb 'KVX 480GB' SBFK71F3 PSID2 --no-opal --blocks 1000", 0, ""},
+      {R"x(add /dev/sdc "$(printf 'KVX\nend')" F P)x", 2, "model"},
+      {"add /dev/sdc ' KVX' F P", 2, "model"},
       {"show /dev/sdb", 0, "SATA, no Opal, 1000 blocks"},
       {"show /dev/nvme0", 0, "4 ranges, 2 users"},
       {"show /dev/sdc", 1, "no emulated drive /dev/sdc"},
