@@ -5,6 +5,7 @@
 // libata flag reads. The drives live in the file named by OPALSIM_STATE.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -196,8 +197,14 @@ int Add(const StateFile& state, const Args& args) {
   if (kind != NodeKind::kNvmeController && kind != NodeKind::kSata) {
     return Usage(args[0] + " is neither /dev/nvmeN nor /dev/sdX");
   }
-  if (args[1].empty() || args[1].size() > 40 || args[2].empty() || args[2].size() > 8) {
-    return Usage("the model takes 1 to 40 characters, the firmware 1 to 8");
+  // The state file keeps each as the rest of a line, without its leading
+  // blanks: anything else would not read back as typed (or not at all).
+  auto storable = [](const std::string& text) {
+    return !text.empty() && text[0] != ' ' &&
+           std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= 0x20 && c < 0x7F; });
+  };
+  if (args[1].size() > 40 || args[2].size() > 8 || !storable(args[1]) || !storable(args[2])) {
+    return Usage("the model takes 1 to 40 characters, the firmware 1 to 8, printable and not starting with a blank");
   }
   if (args[3].empty() || args[3].size() > 32) return Usage("the PSID takes 1 to 32 characters");
   unsigned ranges = 8, users = 8;
