@@ -24,7 +24,9 @@ BooleanExpr Expr(std::initializer_list<Uid> operands, size_t ors) {
   expr.insert(expr.end(), ors, AceTerm::Operator(BooleanOp::kOr));
   return expr;
 }
-Call Ace(const BooleanExpr& expr) { return {kMethodSet, SetColumns({{column::kBooleanExpr, EncodeBooleanExpr(expr)}})}; }
+Call Ace(const BooleanExpr& expr) {
+  return {kMethodSet, SetColumns({{column::kBooleanExpr, EncodeBooleanExpr(expr)}})};
+}
 
 // Makes the call as who and checks it as the header says.
 void Check(Sim& sim, const Who& who, Uid object, const Call& call, int status, int column = 0) {
@@ -225,8 +227,8 @@ TEST(Access, RangeAddresses) {
     Sim sim;
     Need(sim.Own().Must(kAdmin1Who)->Set(RangeUid(1), {{3, Value::UInt(2048)}, {4, Value::UInt(4096)}}));
     const std::string before = opalsim::Serialize(sim.world);
-    EXPECT_EQ(Code(sim.Must(kAdmin1Who)->Set(RangeUid(c.range), {{3, Value::UInt(c.start)}, {4, Value::UInt(c.length)}})),
-              c.status);
+    const std::vector<std::pair<uint64_t, Value>> address = {{3, Value::UInt(c.start)}, {4, Value::UInt(c.length)}};
+    EXPECT_EQ(Code(sim.Must(kAdmin1Who)->Set(RangeUid(c.range), address)), c.status);
     EXPECT_EQ(opalsim::Serialize(sim.world) == before, c.status != 0 || c.range == 1);
   }
 }

@@ -57,7 +57,9 @@ int Setup(const char* path) {
          for (Uid ace : {AceSetRdLockedUid(1), AceSetWrLockedUid(1)}) Need(WriteAce(*admin, ace, user1));
        }},
       {"lock",
-       [&] { Need(as(kLockingSp, UserUid(1), "user1-pw")->Set(RangeUid(1), {{7, Value::UInt(1)}, {8, Value::UInt(1)}})); }},
+       [&] {
+         Need(as(kLockingSp, UserUid(1), "user1-pw")->Set(RangeUid(1), {{7, Value::UInt(1)}, {8, Value::UInt(1)}}));
+       }},
   };
   int failed = 0;
   for (const auto& [name, run] : steps) {
@@ -79,7 +81,9 @@ int Discover(const char* path) {
   std::printf("node: %s\n", S_ISBLK(st.st_mode) ? "block" : S_ISCHR(st.st_mode) ? "character" : "other");
   Device device(KindOfPath(path) == DeviceKind::kNvme ? MakeNvmeTransport(fd) : MakeSataTransport(fd));
   Result<Identity> identity = device.Identify();
-  if (identity) std::printf("model: %s, firmware: %s\n", Trimmed(identity->model).c_str(), Trimmed(identity->firmware).c_str());
+  if (identity) {
+    std::printf("model: %s, firmware: %s\n", Trimmed(identity->model).c_str(), Trimmed(identity->firmware).c_str());
+  }
   Result<Discovery> found = device.Discover();
   if (!found) return std::printf("discovery: %s\n", found.error().message.c_str()), 1;
   return std::printf("locking enabled: %d, locked: %d\n", found->locking->enabled, found->locking->locked), 0;

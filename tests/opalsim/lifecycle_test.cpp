@@ -38,6 +38,7 @@ TEST(LifeCycle, DataKeys) {
   const Op revert = [](Sim& s) { return RevertTper(*s.Must(kSidWho)); };
   const Op psidRevert = [](Sim& s) { return RevertTper(*s.Must(kPsidWho)); };
   const Op genKey3 = [](Sim& s) { return GenKey(*s.Must(kAdmin1Who), Aes256KeyUid(3)); };
+  const int kNo = kNotAuthorized, kInactive = kInvalidParameter;
   struct Case {
     const char* name;
     bool active;
@@ -46,13 +47,13 @@ TEST(LifeCycle, DataKeys) {
     const char* replaced;
     int sid, admin1;  // what StartSession answers them after it
   } cases[] = {
-      {"RevertSP keeping the global key", true, true, revertSpKeeping, ".xxxxxxxx", 0, kInvalidParameter},
-      {"RevertSP", true, true, revertSp, "xxxxxxxxx", 0, kInvalidParameter},
-      {"Revert, Locking SP active", true, true, revert, "xxxxxxxxx", kNotAuthorized, kInvalidParameter},
-      {"Revert, Locking SP inactive", false, true, revert, ".........", kNotAuthorized, kInvalidParameter},
-      {"PSID revert, inactive, erasing drive", false, true, psidRevert, "xxxxxxxxx", kNotAuthorized, kInvalidParameter},
-      {"PSID revert, inactive, keeping drive", false, false, psidRevert, ".........", kNotAuthorized, kInvalidParameter},
-      {"PSID revert, active, keeping drive", true, false, psidRevert, "xxxxxxxxx", kNotAuthorized, kInvalidParameter},
+      {"RevertSP keeping the global key", true, true, revertSpKeeping, ".xxxxxxxx", 0, kInactive},
+      {"RevertSP", true, true, revertSp, "xxxxxxxxx", 0, kInactive},
+      {"Revert, Locking SP active", true, true, revert, "xxxxxxxxx", kNo, kInactive},
+      {"Revert, Locking SP inactive", false, true, revert, ".........", kNo, kInactive},
+      {"PSID revert, inactive, erasing drive", false, true, psidRevert, "xxxxxxxxx", kNo, kInactive},
+      {"PSID revert, inactive, keeping drive", false, false, psidRevert, ".........", kNo, kInactive},
+      {"PSID revert, active, keeping drive", true, false, psidRevert, "xxxxxxxxx", kNo, kInactive},
       {"GenKey of range 3", true, true, genKey3, "...x.....", 0, 0},
   };
   for (const Case& c : cases) {

@@ -8,7 +8,8 @@ namespace {
 
 const char kSmuid[] = "A8 00 00 00 00 00 00 00 FF ";
 const char kStatusOk[] = " F9 F0 00 00 00 F1";
-const char kGetMsid[] = "F8 A8 00 00 00 0B 00 00 84 02 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 03 F3 F2 04 03 F3 F1 F1 F9 F0 00 00 00 F1";
+const char kGetMsid[] =
+    "F8 A8 00 00 00 0B 00 00 84 02 A8 00 00 00 06 00 00 00 16 F0 F0 F2 03 03 F3 F2 04 03 F3 F1 F1 F9 F0 00 00 00 F1";
 
 TEST(SessionManager, AnswersBySetting) {
   struct Case {
@@ -54,16 +55,19 @@ TEST(SessionManager, ExactAnswers) {
   } cases[] = {
       {"SyncSession: HSN echoed, TSN 4096", nullptr, "", sync + "81 69 82 10 00 F1" + ok},
       {"another host's session: TSN 4097", nullptr, "HSN 41", sync + "81 41 82 10 01 F1" + ok},
-      {"MaxRanges", &kAdmin1Who, "F8 A8 00 00 08 01 00*3 01 A8 00*3 06 00*3 16 F0 F0 F2 03 04 F3 F2 04 04 F3 F1 F1" + ok,
+      {"MaxRanges", &kAdmin1Who, "F8 A8 00 00 08 01 00*3 01 A8 00*3 06 00*3 16 F0 F0 F2 03 04 F3 F2 04 04 F3 F1 F1" +
+       ok,
        "F0 F0 F2 04 08 F3 F1 F1" + ok},
       {"setupLockingRange's Set", &kAdmin1Who,
-       range2 + "17 F0 F2 01 F0 F2 03 82 08 00 F3 F2 04 82 10 00 F3 F2 05 00 F3 F2 06 00 F3 F2 07 00 F3 F2 08 00 F3 F1 F3 F1" + ok,
+       range2 + "17 F0 F2 01 F0 F2 03 82 08 00 F3 F2 04 82 10 00 F3 F2 05 00 F3 F2 06 00 F3 F2 07 00 F3" +
+           " F2 08 00 F3 F1 F3 F1" + ok,
        "F0 F1" + ok},
       {"range columns 3 to 8", &kAdmin1Who, range2 + "16 F0 F0 F2 03 03 F3 F2 04 08 F3 F1 F1" + ok,
        "F0 F0 F2 03 82 08 00 F3 F2 04 82 10 00 F3 F2 05 00 F3 F2 06 00 F3 F2 07 00 F3 F2 08 00 F3 F1 F1" + ok},
       {"ActiveKey", &kAdmin1Who, range2 + "16 F0 F0 F2 03 0A F3 F2 04 0A F3 F1 F1" + ok,
        "F0 F0 F2 0A A8 00 00 08 06 00 03 00 02 F3 F1 F1" + ok},
-      {"Locking SP life cycle", &kSidWho, "F8 A8 00 00 02 05 00*3 02 A8 00*3 06 00*3 16 F0 F0 F2 03 06 F3 F2 04 06 F3 F1 F1" + ok,
+      {"Locking SP life cycle", &kSidWho,
+       "F8 A8 00 00 02 05 00*3 02 A8 00*3 06 00*3 16 F0 F0 F2 03 06 F3 F2 04 06 F3 F1 F1" + ok,
        "F0 F0 F2 06 09 F3 F1 F1" + ok},
       {"end of session", &kSidWho, "FA", "FA"},
   };
@@ -102,11 +106,13 @@ TEST(SessionManager, Discovery) {
 // properties echoed.
 TEST(SessionManager, PropertiesWithAnEmptyList) {
   Sim sim;
-  const Message reply = Need(DecodeMessage(Raw(sim).Send(0, 0, Hex(std::string("F8 ") + kSmuid + "A8 00*6 FF 01 F0 F1" + kStatusOk))));
+  const Bytes properties = Hex(std::string("F8 ") + kSmuid + "A8 00*6 FF 01 F0 F1" + kStatusOk);
+  const Message reply = Need(DecodeMessage(Raw(sim).Send(0, 0, properties)));
   ASSERT_EQ(reply.arguments.size(), 2u);
   std::vector<std::string> names;
   for (const auto& [name, value] : Need(DecodePropertiesReply(reply.arguments))) names.push_back(name);
-  EXPECT_LT(std::find(names.begin(), names.end(), "MaxComPacketSize"), std::find(names.begin(), names.end(), "MaxIndTokenSize"));
+  EXPECT_LT(std::find(names.begin(), names.end(), "MaxComPacketSize"),
+            std::find(names.begin(), names.end(), "MaxIndTokenSize"));
   EXPECT_EQ(PropertyOr(Need(DecodePropertiesCall({reply.arguments[1]})), "MaxComPacketSize", 0), 2048u);
 }
 
@@ -178,21 +184,23 @@ TEST(HostileInput, ErrorsNeverCrashes) {
       {"call without a status list", kAdminSession, get + "F0 F0 F1 F1"},
       {"call inside a list", kAdminSession, "F0 F8 F1" + ok},
       {"a response where a call belongs", kManager, "F0 F1" + ok},
-      {"Get sent to the session manager", kManager, "F8 " + std::string(kSmuid) + "A8 00 00 00 06 00 00 00 16 F0 F1" + ok},
+      {"Get sent to the session manager", kManager, "F8 " + std::string(kSmuid) + "A8 00*3 06 00*3 16 F0 F1" + ok},
       {"StartSession with a short SPID", kManager, sm + "02 F0 81 69 A4 00 00 02 05 01 F1" + ok},
       {"StartSession without Write", kManager, sm + "02 F0 81 69 A8 00 00 02 05 00 00 00 01 F1" + ok},
       {"StartSession with a signed HSN", kManager, sm + "02 F0 7F A8 00 00 02 05 00 00 00 01 01 F1" + ok},
       {"StartSession with a numeric challenge", kManager,
        sm + "02 F0 81 69 A8 00 00 02 05 00 00 00 01 01 F2 00 05 F3 F2 03 A8 00 00 00 09 00 00 00 06 F3 F1" + ok},
       {"Properties with a number for the host list", kManager, sm + "01 F0 F2 00 05 F3 F1" + ok},
-      {"object that does not exist", kAdminSession, "F8 A8 00 00 AB CD 00 00 00 01 A8 00 00 00 06 00 00 00 16 F0 F1" + ok},
-      {"Set with Values not a list", kAdminSession, "F8 A8 00 00 00 0B 00 00 84 02 A8 00*3 06 00*3 17 F0 F2 01 05 F3 F1" + ok},
+      {"object that does not exist", kAdminSession, "F8 A8 00 00 AB CD 00*3 01 A8 00*3 06 00*3 16 F0 F1" + ok},
+      {"Set with Values not a list", kAdminSession, "F8 A8 00*3 0B 00 00 84 02 A8 00*3 06 00*3 17 F0 F2 01 05 F3 F1" +
+       ok},
       {"Get with a text column", kAdminSession, get + "F0 F0 F2 03 A1 41 F3 F1 F1" + ok},
       {"Get with an unknown cell name", kAdminSession, get + "F0 F0 F2 09 01 F3 F1 F1" + ok},
       {"Get with the columns reversed", kAdminSession, get + "F0 F0 F2 03 05 F3 F2 04 03 F3 F1 F1" + ok},
       {"MBR rows past the table", kLockingSession, mbrGet + "00 F3 F2 02 88 FF*8 F3 F1 F1" + ok},
       {"MBR rows reversed", kLockingSession, mbrGet + "10 F3 F2 02 01 F3 F1 F1" + ok},
-      {"MBR rows more than the host takes", kLockingSession, mbrGet + "00 F3 F2 02 83 01 00 00 F3 F1 F1" + ok, 0, 0, 0x11},
+      {"MBR rows more than the host takes", kLockingSession, mbrGet + "00 F3 F2 02 83 01 00 00 F3 F1 F1" + ok, 0, 0,
+       0x11},
       {"Random of 1000 bytes", kAdminSession, on + "06 01 F0 82 03 E8 F1" + ok},
       {"Authenticate without an authority", kAdminSession, on + "00 1C F0 F1" + ok},
       {"GetACL of numbers", kAdminSession, "F8 A8 00 00 00 07 00*4 A8 00 00 00 06 00 00 00 0D F0 01 02 F1" + ok},
@@ -206,7 +214,8 @@ TEST(HostileInput, ErrorsNeverCrashes) {
     Raw raw(sim);
     ComPacket packet;
     packet.comId = 0x1000;
-    packet.tsn = c.where == kAdminSession ? raw.Start() : c.where == kLockingSession ? raw.Start({kLockingSp, {}, ""}) : 0;
+    const Who anyone{c.where == kLockingSession ? kLockingSp : kAdminSp, {}, ""};
+    if (c.where == kAdminSession || c.where == kLockingSession) packet.tsn = raw.Start(anyone);
     if (c.where == kNoSession) packet.tsn = 4242;
     packet.hsn = c.where == kManager ? 0 : 105;
     packet.payload = Hex(c.payload);

@@ -123,7 +123,7 @@ TEST(StateFile, ConcurrentWritersLoseNothing) {
   }
   EXPECT_EQ(torn, 0);
   EXPECT_EQ(Need(state.Read()).drives[0].failNext, uint64_t{kWriters * kIncrements});
-  for (const char* leftover : {"/state", "/state.lock", "/state.tmp"}) std::remove((dir + std::string(leftover)).c_str());
+  for (const char* leftover : {"/state", "/state.lock"}) std::remove((dir + std::string(leftover)).c_str());
   rmdir(dir);
 }
 

@@ -82,7 +82,9 @@ TEST_F(System, ClientSetupThroughIoctls) {
 TEST_F(System, DeviceNodes) {
   AddDrives();
   const std::string listing = Preloaded("ls /dev").output;
-  for (const char* name : {"\nnvme0\n", "\nsdb\n", "\nnull\n"}) EXPECT_NE(("\n" + listing).find(name), std::string::npos) << name;
+  for (const char* name : {"\nnvme0\n", "\nsdb\n", "\nnull\n"}) {
+    EXPECT_NE(("\n" + listing).find(name), std::string::npos) << name;
+  }
   EXPECT_EQ(Preloaded("stat -c %F /dev/nvme0 /dev/nvme0n1 /dev/sdb /dev/null").output,
             "character special file\nblock special file\nblock special file\ncharacter special file\n");
   // Paths that are not emulated drives go to the real system.
