@@ -43,7 +43,7 @@ constexpr int kNotAuthorized = 0x01, kInvalidParameter = 0x0C, kLockedOut = 0x12
 
 inline const char kPsidText[] = "PSIDPSIDPSIDPSIDPSIDPSIDPSID0001";
 
-// Who a session is opened as, with the password OwnedDrive gives it.
+// Who a session is opened as, with the password Sim::Own gives it.
 struct Who {
   Uid sp;
   std::optional<Uid> authority;
@@ -95,15 +95,16 @@ class Sim {
     return keys;
   }
   // Ownership taken (SID "sid-pw"), Locking SP active, User1 and User2
-  // enabled with passwords, range 1 granted to User1 as the kernel writes it
-  // and read-locked, so that both locking and unlocking it change the drive.
+  // enabled with passwords (User3 has one but stays disabled), range 1
+  // granted to User1 as the kernel writes it and read-locked, so that both
+  // locking and unlocking it change the drive.
   Sim& Own() {
     TakeOwnership();
     Need(ActivateLockingSp(*Must(kSidWho)));
     auto admin = Must(kAdmin1Who);
-    for (const Who* user : {&kUser1Who, &kUser2Who}) {
+    for (const Who* user : {&kUser1Who, &kUser2Who, &kUser3Who}) {
       Need(SetPin(*admin, CpinUserUid(static_cast<unsigned>(*user->authority - kUsers)), B(user->password)));
-      Need(SetEnabled(*admin, *user->authority, true));
+      Need(SetEnabled(*admin, *user->authority, user != &kUser3Who));
     }
     const BooleanExpr kernel = {AceTerm::Authority(UserUid(1)), AceTerm::Authority(UserUid(1)),
                                 AceTerm::Operator(BooleanOp::kOr)};

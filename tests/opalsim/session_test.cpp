@@ -164,7 +164,6 @@ TEST(HostileInput, ErrorsNeverCrashes) {
   const std::string on = "F8 A8 00*7 01 A8 00 00 00 06 00 00 ";  // a method on ThisSP
   const Case cases[] = {
       {"empty IF-SEND", kRaw, ""},
-      {"three bytes", kRaw, "01 02 03"},
       {"a block of zeros", kRaw, "00*512"},
       {"ComPacket length past the buffer", kAdminSession, good, 16, 0x7FFFFFFF},
       {"packet length past its ComPacket", kAdminSession, good, 40, 0x10000},
@@ -186,7 +185,6 @@ TEST(HostileInput, ErrorsNeverCrashes) {
       {"a response where a call belongs", kManager, "F0 F1" + ok},
       {"Get sent to the session manager", kManager, "F8 " + std::string(kSmuid) + "A8 00*3 06 00*3 16 F0 F1" + ok},
       {"StartSession with a short SPID", kManager, sm + "02 F0 81 69 A4 00 00 02 05 01 F1" + ok},
-      {"StartSession without Write", kManager, sm + "02 F0 81 69 A8 00 00 02 05 00 00 00 01 F1" + ok},
       {"StartSession with a signed HSN", kManager, sm + "02 F0 7F A8 00 00 02 05 00 00 00 01 01 F1" + ok},
       {"StartSession with a numeric challenge", kManager,
        sm + "02 F0 81 69 A8 00 00 02 05 00 00 00 01 01 F2 00 05 F3 F2 03 A8 00 00 00 09 00 00 00 06 F3 F1" + ok},
@@ -195,10 +193,8 @@ TEST(HostileInput, ErrorsNeverCrashes) {
       {"Set with Values not a list", kAdminSession, "F8 A8 00*3 0B 00 00 84 02 A8 00*3 06 00*3 17 F0 F2 01 05 F3 F1" +
        ok},
       {"Get with a text column", kAdminSession, get + "F0 F0 F2 03 A1 41 F3 F1 F1" + ok},
-      {"Get with an unknown cell name", kAdminSession, get + "F0 F0 F2 09 01 F3 F1 F1" + ok},
       {"Get with the columns reversed", kAdminSession, get + "F0 F0 F2 03 05 F3 F2 04 03 F3 F1 F1" + ok},
       {"MBR rows past the table", kLockingSession, mbrGet + "00 F3 F2 02 88 FF*8 F3 F1 F1" + ok},
-      {"MBR rows reversed", kLockingSession, mbrGet + "10 F3 F2 02 01 F3 F1 F1" + ok},
       {"MBR rows more than the host takes", kLockingSession, mbrGet + "00 F3 F2 02 83 01 00 00 F3 F1 F1" + ok, 0, 0,
        0x11},
       {"Random of 1000 bytes", kAdminSession, on + "06 01 F0 82 03 E8 F1" + ok},
