@@ -72,6 +72,7 @@ void Receive(opalsim::Drive& drive, opalsim::Connection& connection, size_t leng
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   mbrPath = "/tmp/opalsim-tper-fuzz-mbr-" + std::to_string(getpid());
+  std::atexit([] { opalsim::ClearMbr(mbrPath); });
   Own();
   return 0;
 }
