@@ -87,7 +87,9 @@ TEST_F(System, DeviceNodes) {
   }
   EXPECT_EQ(Preloaded("stat -c %F /dev/nvme0 /dev/nvme0n1 /dev/sdb /dev/null").output,
             "character special file\nblock special file\nblock special file\ncharacter special file\n");
-  // Paths that are not emulated drives go to the real system.
+  // Paths that are not emulated drives go to the real system, even with the
+  // real disks hidden (this machine may have none to hide).
+  ASSERT_EQ(Admin("host real-disks hide").exit, 0);
   EXPECT_NE(Preloaded("ls /dev/nvme7 /dev/nvme0n2 /dev/sdc").exit, 0);
   std::ofstream(dir_ + "/plain") << "plain text\n";
   EXPECT_EQ(Preloaded("cat " + dir_ + "/plain").output, "plain text\n");
@@ -153,6 +155,9 @@ TEST_F(System, AdminCommand) {
       {"host allow-tpm missing", 0, ""},
       {"show", 0, "host allow-tpm missing"},
       {"host allow-tpm 2", 2, "host takes"},
+      {"host real-disks hide", 0, ""},
+      {"show", 0, "real disks hidden"},
+      {"host real-disks maybe", 2, "host takes"},
       {"frobnicate", 2, "unknown verb frobnicate"},
   };
   for (const Case& c : cases) {
