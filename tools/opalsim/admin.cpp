@@ -172,14 +172,13 @@ int ChangeDrive(const StateFile& state, const std::string& device, const std::fu
 
 int Init(const StateFile& state, const Args& args) {
   if (!args.empty()) return Usage("init takes no arguments");
+  // A state that cannot be read is replaced all the same: init is the way
+  // out of a damaged file.
   opal::Result<World> old = state.Read();
   if (old) {
     for (const Drive& drive : old->drives) ClearMbr(state.MbrPath(drive));
   }
-  opal::Status saved = state.Update([](World& world) {
-    world = World{};
-    return true;
-  }, true);
+  opal::Status saved = state.Replace(World{});
   if (!saved) std::cerr << "opalsim: " << saved.error().message << "\n";
   return saved ? 0 : kUsage;
 }

@@ -64,8 +64,9 @@ const World& Emulator::Current() {
     seen_ = {};
     return world_;
   }
-  if (now.st_ino == seen_.st_ino && now.st_mtim.tv_sec == seen_.st_mtim.tv_sec &&
-      now.st_mtim.tv_nsec == seen_.st_mtim.tv_nsec && now.st_size == seen_.st_size) {
+  if (now.st_ino == seen_.st_ino && now.st_size == seen_.st_size && now.st_mtim.tv_sec == seen_.st_mtim.tv_sec &&
+      now.st_mtim.tv_nsec == seen_.st_mtim.tv_nsec && now.st_ctim.tv_sec == seen_.st_ctim.tv_sec &&
+      now.st_ctim.tv_nsec == seen_.st_ctim.tv_nsec) {
     return world_;
   }
   opal::Result<World> world = state_.Read();

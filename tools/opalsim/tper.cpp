@@ -332,6 +332,9 @@ class Methods {
     if (method == kMethodSet) return Set(object, call.arguments);
     if (method == kMethodNext) return Next(object, call.arguments);
     if (!Permits(drive_, session_.sp, Authorities(), object, method)) return Refuse(MethodStatus::kNotAuthorized);
+    const bool changes = method == kMethodActivate || method == kMethodRevert || method == kMethodRevertSp ||
+                         method == kMethodGenKey;
+    if (changes && !session_.write) return Refuse(MethodStatus::kNotAuthorized);
     if (method == kMethodActivate) return Activate();
     if (method == kMethodRevert) return Revert();
     if (method == kMethodRevertSp) return RevertSp(call.arguments);
@@ -556,6 +559,10 @@ class Tper {
       : drive_(drive), connection_(connection), mbrPath_(mbrPath) {}
 
   void Receive(const Bytes& data) {
+    // Whatever was not fetched is superseded: only the answer to this
+    // ComPacket (or nothing) is pending now.
+    connection_.pending.clear();
+    connection_.hasPending = false;
     Result<ComPacket> packet = Unframe(data);
     if (!packet || packet->empty || packet->comId != kBaseComId) {
       // Nothing to route the answer by: a bare error status.
@@ -675,7 +682,7 @@ class Tper {
 };
 
 Bytes SupportedProtocols(bool opal) {
-  Bytes list = opal ? Bytes{0x00, 0x01, 0x02} : Bytes{0x00};
+  Bytes list = opal ? Bytes{0x00, 0x01} : Bytes{0x00};
   Bytes out(8, 0);
   out[7] = static_cast<uint8_t>(list.size());
   out.insert(out.end(), list.begin(), list.end());

@@ -435,6 +435,12 @@ opal::Status StateFile::Update(const std::function<bool(World&)>& change, bool c
   return WriteAtomically(path_, Serialize(world));
 }
 
+opal::Status StateFile::Replace(const World& world) const {
+  Lock lock(path_, LOCK_EX);
+  if (!lock.held()) return Fail(path_ + ".lock: " + std::strerror(errno));
+  return WriteAtomically(path_, Serialize(world));
+}
+
 std::string StateFile::MbrPath(const Drive& drive) const {
   return path_ + ".mbr-" + drive.device.substr(drive.device.rfind('/') + 1);
 }

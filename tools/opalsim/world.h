@@ -49,6 +49,8 @@ class StateFile {
 
   // The world as last written; an absent file is an error.
   opal::Result<World> Read() const;
+  // Writes world over whatever the file holds, damaged or not.
+  opal::Status Replace(const World& world) const;
   // Runs change on the world under the exclusive lock and writes the world
   // back when change returns true. An absent file is an empty world when
   // create is set.
