@@ -207,13 +207,9 @@ uint64_t ReadBlockNumber() { return static_cast<uint64_t>(static_cast<int64_t>(R
 
 }  // namespace
 
-bool shellCmd(const std::string& cmd, std::string& result) {
-  return ReadCommandOutput(cmd, result);
-}
-
 void ScanDisks() {
   DiskList.clear();
-  std::stringstream output = GetCmdResponse("./sedutil-cli -n --scan ");
+  std::stringstream output = GetCmdResponse(kSedutil + "--scan ");
   std::string line;
   while (std::getline(output, line)) {
     if (line.find("/dev") == std::string::npos) continue;  // banner and closing lines
@@ -234,8 +230,7 @@ void ScanDisks() {
 }
 
 void ShowMenu(std::vector<int>& choiceList) {
-  FlushOutput();
-  if (std::system("clear") == -1) return;
+  if (!ClearScreen()) return;
   ShowBanner();
   ShowDriveSummary(*SelectedDisk);
   std::cout << '\n' << " Action:" << '\n';
@@ -364,9 +359,7 @@ void SpecialActionLR0() {
   PauseForKey();
 }
 
-namespace {
-
-// Action 5. Range 0, the global range, has no address of its own.
+// Range 0, the global range, has no address of its own.
 void SetAddressofLR() {
   const std::vector<LockingRangeInfo> ranges = RefreshedRanges();
   ShowLRs(ranges);
@@ -389,8 +382,6 @@ void SetAddressofLR() {
   }
   PauseForKey();
 }
-
-}  // namespace
 
 // --- Privilege screens --------------------------------------------------------
 
@@ -506,8 +497,7 @@ namespace {
 // the password is kept for both authorities and the drive re-read; a failure
 // is only reported; output with neither phrase changes nothing.
 void TakeOwnership(const std::string& password) {
-  std::stringstream output = GetCmdResponse("./sedutil-cli -n --initialSetup " + password + " " +
-                                            SelectedDisk->GetFileDescriptor());
+  std::stringstream output = GetCmdResponse(SelectedDisk->SedutilLine("--initialSetup", password));
   std::string line;
   while (std::getline(output, line)) {
     // "complete" is looked for first, so a line holding both counts as complete.
@@ -552,10 +542,9 @@ std::string FlashLockPassword(const std::string& uuidText) {
   return password;
 }
 
-// Binds the drive to this machine: owner password from the machine UUID,
-// global range locked, flash pre-boot image installed. -1 when declined;
-// else 0, whatever the steps reported: they all run even after a failed
-// take-ownership.
+}  // namespace
+
+// The steps all run even after a failed take-ownership.
 int FlashLock() {
   std::string uuidText;
   shellCmd("sudo dmidecode | grep -i uuid", uuidText);
@@ -570,6 +559,8 @@ int FlashLock() {
   SelectedDisk->SetMBR();
   return 0;
 }
+
+namespace {
 
 // Action 3 on a drive not yet enabled. True when the flash lock ran and the
 // program is to end, so that the machine is powered off.

@@ -1,6 +1,7 @@
-// A stand-in for the shell: records every tool command line handed to
-// GetCmdResponse and answers with scripted output, in call order; and a drive
-// whose Opal state was read through it.
+// A stand-in for the shell: records every child process the program asks
+// for (tool command lines, shell commands, "clear") and answers the first two
+// with scripted output, in call order; and a drive whose Opal state was read
+// through it.
 #pragma once
 
 #include <deque>
@@ -30,6 +31,23 @@ class RecordingRunner : public CommandRunner {
 
   std::string Run(const std::string& queryCmd) override {
     commands.push_back(queryCmd);
+    return NextReply();
+  }
+  bool RunShell(const std::string& cmd, std::string& result) override {
+    commands.push_back(cmd);
+    result = NextReply();
+    return true;
+  }
+  bool Clear() override {
+    commands.push_back("clear");
+    return clears;
+  }
+
+  std::vector<std::string> commands;
+  bool clears = true;  // whether "clear" could be started
+
+ private:
+  std::string NextReply() {
     if (replies_.empty()) return "";
     if (repeatLast_ && replies_.size() == 1) return replies_.front();
     std::string output = std::move(replies_.front());
@@ -37,9 +55,6 @@ class RecordingRunner : public CommandRunner {
     return output;
   }
 
-  std::vector<std::string> commands;
-
- private:
   CommandRunner* previous_;
   std::deque<std::string> replies_;
   bool repeatLast_;
