@@ -15,11 +15,11 @@ using Commands = std::vector<std::string>;
 struct Shown { std::string printed; Commands commands; };
 
 // Runs screen with input typed, the tool printing replies in turn, on the
-// selected drive /dev/sdb (password "pw"), handled as two partitions of prefix
-// unless prefix is empty.
+// selected drive /dev/sdb (password "pw", or a factory drive unless owned),
+// handled as two partitions of prefix unless prefix is empty.
 Shown RunScreen(const std::function<void()>& screen, const std::string& input, const Commands& replies = {},
-                const std::string& version = "2", const std::string& prefix = "/dev/sdb") {
-  DiskList = {OwnedDrive("/dev/sdb", "pw", version)};
+                const std::string& version = "2", const std::string& prefix = "/dev/sdb", bool owned = true) {
+  DiskList = {OwnedDrive("/dev/sdb", owned ? "pw" : "", version, owned)};
   SelectedDisk = &DiskList[0];
   SelectedDisk->Set2Parted(!prefix.empty());
   SelectedDisk->SetPrefixName(prefix);
@@ -128,5 +128,39 @@ TEST(ScreensTest, RangeTablesAndPartitionModeScreens) {
       EXPECT_EQ(shown.printed, r.asked + r.refused + kPause) << answer;
       EXPECT_EQ(shown.commands, r.commands) << answer;
     }
+  }
+}
+
+TEST(ScreensTest, FlashLockTakesItsPasswordFromTheLastUuidWordAndRunsEveryStepOnceConfirmed) {
+  const std::string uuid = "sudo dmidecode | grep -i uuid", asked = "Are you sure to flash lock(Y/N)?\n";
+  const std::string sed = "./sedutil-cli -n ", lan = "./Lantivo ", wait = "Please wait...   \n";
+  auto setup = [&](const std::string& password) { return sed + "--initialSetup " + password + " /dev/sdb"; };
+  struct Case { std::string input; Commands replies; int result; std::string printed; Commands commands; } cases[] = {
+      // Declined: only the UUID was read.
+      {"n\n", {"\tUUID: 0000-11\n"}, -1, asked, {uuid}},
+      {"yes\n", {"\tUUID: 0000-11\n"}, -1, asked, {uuid}},
+      // The last word of the last line, its final character (the newline)
+      // cut off, hyphens dropped; without a final newline a digit goes.
+      {"y\n", {"\tUUID: aaaa-1111\n\tUUID: bbbb-2222\n"}, 0, asked + wait, {uuid, setup("bbbb2222")}},
+      {"y\n", {"\tUUID: 4C4C4544-0042 \n"}, 0, asked + wait, {uuid, setup("")}},
+      {"y\n", {"UUID: ab-12"}, 0, asked + wait, {uuid, setup("ab1")}},
+      // A failed take-ownership leaves the drive not enabled: the later steps send nothing.
+      {"Y\n", {"", kWrongPasswordText + std::string("takeOwnership failed\n")}, 0,
+       asked + "Enable OPAL FAIL\n" + wait, {uuid, setup("")}},
+      // Once owned, every step runs, even after the global range failed to lock.
+      {"y\n", {"\tUUID: 0000-11\n", "takeOwnership complete\n", QueryText("/dev/sdb", false, true), "",
+               "LockingRange0 success\n", "NOT_AUTHORIZED\n", "MBRDone set off \n"}, 0,
+       asked + "Enable OPAL OK\nSetLockingRange Error\nMBRDone set off \n" + wait,
+       {uuid, setup("000011"), sed + "--query /dev/sdb", sed + "--listLockingRanges 000011 /dev/sdb",
+        lan + "--enableLockingRange 0 000011 RW /dev/sdb", lan + "--setLockingRange 0 Y Y 000011 /dev/sdb",
+        sed + "--setMBRDone OFF 000011 /dev/sdb", sed + "--loadPBAimage 000011 PBA_flash.img /dev/sdb",
+        sed + "--setMBRDone ON 000011 /dev/sdb"}},
+  };
+  for (const Case& c : cases) {
+    int result = 1;
+    const Shown shown = RunScreen([&] { result = FlashLock(); }, c.input, c.replies, "2", "", false);
+    EXPECT_EQ(result, c.result) << "case " << &c - cases;
+    EXPECT_EQ(shown.printed, c.printed) << "case " << &c - cases;
+    EXPECT_EQ(shown.commands, c.commands) << "case " << &c - cases;
   }
 }
