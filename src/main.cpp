@@ -16,7 +16,7 @@ DiskInfo* SelectedDisk = nullptr;
 
 namespace {
 
-// --- Reading answers -------------------------------------------------------
+// --- Reading answers ---------------------------------------------------------
 
 // One blank-delimited word; empty when standard input has ended or failed.
 std::string ReadWord() {
@@ -66,12 +66,7 @@ int ReadActionNumber() {
   return action;
 }
 
-// --- The menu --------------------------------------------------------------
-
-void Offer(std::vector<int>& choiceList, int number, const char* line) {
-  std::cout << line << '\n';
-  choiceList.push_back(number);
-}
+// --- The banner and the drive summary ----------------------------------------
 
 void ShowBanner() {
   const std::string rule(49, '=');
@@ -88,63 +83,6 @@ void ShowDriveSummary(const DiskInfo& disk) {
             << " OPAL Support:    " << (disk.GetOPALSupport() ? "Support" : "Not Support") << '\n'
             << " OPAL Enable:     " << (disk.GetOPALEnable() ? "Enable" : "Disable") << '\n'
             << " OPAL Locked:     " << (disk.GetOPALLocked() ? "Yes" : "No") << '\n';
-}
-
-// The range actions of an owned drive whose password is held. A partitioned
-// drive speaks of areas, has no address action (5) and has the global-range
-// action (12) instead.
-void OfferRangeActions(const DiskInfo& disk, std::vector<int>& choiceList) {
-  const bool parted = disk.GetParted();
-  std::cout << '\n';
-  if (parted) {
-    Offer(choiceList, 3, "   3.  Look up Logical Block Area");
-    Offer(choiceList, 4, "   4.  Set State of Logical Block Area");
-  } else {
-    Offer(choiceList, 3, "   3.  Look up Locking Range");
-    Offer(choiceList, 4, "   4.  Set State of Locking Range");
-    Offer(choiceList, 5, "   5.  Set Address of Locking Range");
-  }
-  std::cout << '\n';
-  Offer(choiceList, 6, "   6.  Set User's Password");
-  std::cout << '\n';
-  Offer(choiceList, 7, "   7.  Check Access Right of Locking Range");
-  if (parted) {
-    Offer(choiceList, 8, "   8.  Set Previleges to Logical Block Area");
-    Offer(choiceList, 9, "   9.  Remove All Users from Logical Block Area");
-    std::cout << '\n';
-    Offer(choiceList, 12, "   12. Enable/Disble LockingRange 0 (global)");
-    std::cout << '\n';
-  } else {
-    Offer(choiceList, 8, "   8.  Set Previleges to Locking Range");
-    Offer(choiceList, 9, "   9.  Remove All Users from Locking Range");
-    std::cout << '\n';
-  }
-}
-
-void OfferActions(const DiskInfo& disk, std::vector<int>& choiceList) {
-  Offer(choiceList, 0, "   0.  Exit");
-  Offer(choiceList, 1, "   1.  Select Disk");
-  if (disk.GetOPALVer() == 0) return;
-  if (!disk.GetOPALEnable()) {
-    Offer(choiceList, 2, "   2.  Initial this OPAL Device and Set Admin Password (Enable OPAL)");
-    Offer(choiceList, 3, "   3.  Flash Lock");
-    return;
-  }
-  const bool passwordHeld = !disk.GetAdmin1Pwd().empty();
-  if (passwordHeld) {
-    OfferRangeActions(disk, choiceList);
-    Offer(choiceList, 13, "   13. Set MBR Enable or not");
-    Offer(choiceList, 14, "   14. Set/Unset MBR");
-    Offer(choiceList, 15, "   15. Load Pre-Boot Authorization Image");
-    std::cout << '\n';
-    Offer(choiceList, 16, "   16. Disable OPAL (revert)");
-  } else if (disk.GetOPALLocked()) {
-    Offer(choiceList, 11, "   11. Enter Admin1 / SID Password");
-  } else {
-    Offer(choiceList, 11, "   11. Set Admin1 / SID Password");
-  }
-  Offer(choiceList, 17, "   17. Erase All Data");
-  std::cout << '\n';
 }
 
 // --- Shared by the screens ---------------------------------------------------
@@ -229,15 +167,6 @@ void ScanDisks() {
   DiskCount = static_cast<int>(DiskList.size());
 }
 
-void ShowMenu(std::vector<int>& choiceList) {
-  if (!ClearScreen()) return;
-  ShowBanner();
-  ShowDriveSummary(*SelectedDisk);
-  std::cout << '\n' << " Action:" << '\n';
-  OfferActions(*SelectedDisk, choiceList);
-  std::cout << std::string(49, '-') << '\n';
-}
-
 void SelectDisk() {
   std::cout << " * Disk list:" << '\n';
   for (int i = 0; i < DiskCount; ++i) {
@@ -252,7 +181,7 @@ void SelectDisk() {
   if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
 }
 
-// --- Locking-range screens ----------------------------------------------------
+// --- Locking-range screens ---------------------------------------------------
 
 void ShowLRs(std::vector<LockingRangeInfo> ranges) {
   const std::string rule(103, '=');
@@ -383,7 +312,7 @@ void SetAddressofLR() {
   PauseForKey();
 }
 
-// --- Privilege screens --------------------------------------------------------
+// --- Privilege screens -------------------------------------------------------
 
 void GetAccessSetting() {
   std::cout << '\n';
@@ -609,7 +538,7 @@ void EnableOPAL() {
 
 namespace {
 
-// --- User password screen -----------------------------------------------------
+// --- User password screen ----------------------------------------------------
 
 // Action 6. The password is set even when enabling the user failed.
 void EnableUser() {
@@ -635,7 +564,7 @@ void EnableUser() {
   PauseForKey();
 }
 
-// --- MBR, pre-boot image, revert and erase ------------------------------------
+// --- MBR, pre-boot image, revert and erase -----------------------------------
 
 // Typed as the PSID exactly so (case counts), the keyword stands for the
 // built-in default PSID.
@@ -693,66 +622,131 @@ void EraseAllData() {
   PauseForKey();
 }
 
+// --- The menu ----------------------------------------------------------------
+
+// The drive states that decide what the menu offers, as bits of a set.
+enum MenuState : unsigned {
+  kNoOpal = 1u << 0,            // the scan reported no Opal version
+  kNotOwned = 1u << 1,          // Opal not enabled
+  kLockedNoPassword = 1u << 2,  // enabled and locked, admin password not held
+  kNoPassword = 1u << 3,        // enabled, not locked, admin password not held
+  kRanges = 1u << 4,            // enabled, admin password held
+  kAreas = 1u << 5,             // the same, the drive handled as partitions
+};
+constexpr unsigned kPasswordHeld = kRanges | kAreas;
+constexpr unsigned kOwned = kLockedNoPassword | kNoPassword | kPasswordHeld;
+constexpr unsigned kEveryState = kNoOpal | kNotOwned | kOwned;
+
+MenuState StateOf(const DiskInfo& disk) {
+  if (disk.GetOPALVer() == 0) return kNoOpal;
+  if (!disk.GetOPALEnable()) return kNotOwned;
+  if (disk.GetAdmin1Pwd().empty()) return disk.GetOPALLocked() ? kLockedNoPassword : kNoPassword;
+  return disk.GetParted() ? kAreas : kRanges;
+}
+
+// One line of the menu: action number, its text, the states that offer it and
+// its screen, which returns true when the program is to end. An empty line
+// has the number kBlank and no screen.
+struct MenuEntry {
+  int number;
+  const char* text;
+  unsigned states;
+  bool (*screen)();
+};
+constexpr int kBlank = -1;
+constexpr MenuEntry Blank(unsigned states) { return {kBlank, "", states, nullptr}; }
+
+bool Exit() { return true; }
+
+template <void (*Screen)()>
+bool ThenMenu() {
+  Screen();
+  return false;
+}
+
+bool ShowAccessRights() {
+  GetAccessSetting();
+  PauseForKey();
+  return false;
+}
+
+// The whole menu in the order printed; a state offers the entries that name it.
+// A partitioned drive speaks of areas, has no address action (5) and has the
+// global range's action (12) instead.
+const MenuEntry kMenu[] = {
+    {0, "Exit", kEveryState, Exit},
+    {1, "Select Disk", kEveryState, ThenMenu<SelectDisk>},
+    {2, "Initial this OPAL Device and Set Admin Password (Enable OPAL)", kNotOwned, ThenMenu<EnableOPAL>},
+    {3, "Flash Lock", kNotOwned, FlashLockScreen},
+    Blank(kPasswordHeld),
+    {3, "Look up Logical Block Area", kAreas, ThenMenu<LockingRanges>},
+    {4, "Set State of Logical Block Area", kAreas, ThenMenu<SetStateofLR>},
+    {3, "Look up Locking Range", kRanges, ThenMenu<LockingRanges>},
+    {4, "Set State of Locking Range", kRanges, ThenMenu<SetStateofLR>},
+    {5, "Set Address of Locking Range", kRanges, ThenMenu<SetAddressofLR>},
+    Blank(kPasswordHeld),
+    {6, "Set User's Password", kPasswordHeld, ThenMenu<EnableUser>},
+    Blank(kPasswordHeld),
+    {7, "Check Access Right of Locking Range", kPasswordHeld, ShowAccessRights},
+    {8, "Set Previleges to Logical Block Area", kAreas, ThenMenu<SetAccessSetting_TCG>},
+    {9, "Remove All Users from Logical Block Area", kAreas, ThenMenu<RemoveUsers>},
+    Blank(kAreas),
+    {12, "Enable/Disble LockingRange 0 (global)", kAreas, ThenMenu<SpecialActionLR0>},
+    Blank(kAreas),
+    {8, "Set Previleges to Locking Range", kRanges, ThenMenu<SetAccessSetting_TCG>},
+    {9, "Remove All Users from Locking Range", kRanges, ThenMenu<RemoveUsers>},
+    Blank(kRanges),
+    {11, "Enter Admin1 / SID Password", kLockedNoPassword, ThenMenu<SetAdmin1SidPW>},
+    {11, "Set Admin1 / SID Password", kNoPassword, ThenMenu<SetAdmin1SidPW>},
+    {13, "Set MBR Enable or not", kPasswordHeld, ThenMenu<SetMBREnable>},
+    {14, "Set/Unset MBR", kPasswordHeld, ThenMenu<SetMBRDone>},
+    {15, "Load Pre-Boot Authorization Image", kPasswordHeld, ThenMenu<SetPBAFile>},
+    Blank(kPasswordHeld),
+    {16, "Disable OPAL (revert)", kPasswordHeld, ThenMenu<DisableOPAL>},
+    {17, "Erase All Data", kOwned, ThenMenu<EraseAllData>},
+    Blank(kOwned),
+};
+
+// The entries the selected drive's state offers, empty lines included, in
+// the order printed: the menu prints these and dispatches among them.
+std::vector<const MenuEntry*> OfferedEntries() {
+  const MenuState state = StateOf(*SelectedDisk);
+  std::vector<const MenuEntry*> offered;
+  for (const MenuEntry& entry : kMenu) {
+    if (entry.states & state) offered.push_back(&entry);
+  }
+  return offered;
+}
+
+// "   3.  Look up Locking Range", "   11. Set Admin1 / SID Password".
+std::string MenuLine(const MenuEntry& entry) {
+  if (entry.number == kBlank) return "";
+  std::string label = std::to_string(entry.number) + ".";
+  label.resize(4, ' ');
+  return "   " + label + entry.text;
+}
+
 // Runs the screen of an offered action; true when the program is to end.
 bool RunAction(int action) {
-  switch (action) {
-    case 0:
-      return true;
-    case 1:
-      SelectDisk();
-      break;
-    case 2:
-      EnableOPAL();
-      break;
-    case 3:
-      if (!SelectedDisk->GetOPALEnable()) return FlashLockScreen();
-      LockingRanges();
-      break;
-    case 4:
-      SetStateofLR();
-      break;
-    case 5:
-      SetAddressofLR();
-      break;
-    case 6:
-      EnableUser();
-      break;
-    case 7:
-      GetAccessSetting();
-      PauseForKey();
-      break;
-    case 8:
-      SetAccessSetting_TCG();
-      break;
-    case 9:
-      RemoveUsers();
-      break;
-    case 11:
-      SetAdmin1SidPW();
-      break;
-    case 12:
-      SpecialActionLR0();
-      break;
-    case 13:
-      SetMBREnable();
-      break;
-    case 14:
-      SetMBRDone();
-      break;
-    case 15:
-      SetPBAFile();
-      break;
-    case 16:
-      DisableOPAL();
-      break;
-    case 17:
-      EraseAllData();
-      break;
+  for (const MenuEntry* entry : OfferedEntries()) {
+    if (entry->number == action) return entry->screen();
   }
   return false;
 }
 
 }  // namespace
+
+void ShowMenu(std::vector<int>& choiceList) {
+  if (!ClearScreen()) return;
+  ShowBanner();
+  ShowDriveSummary(*SelectedDisk);
+  std::cout << '\n' << " Action:" << '\n';
+  for (const MenuEntry* entry : OfferedEntries()) {
+    std::cout << MenuLine(*entry) << '\n';
+    if (entry->number != kBlank) choiceList.push_back(entry->number);
+  }
+  std::cout << std::string(49, '-') << '\n';
+}
 
 int VeltrakMain() {
   ScanDisks();

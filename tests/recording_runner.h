@@ -61,11 +61,11 @@ class RecordingRunner : public CommandRunner {
 };
 
 // The drive at device as a query left it: Opal version from version ("No":
-// none), enabled unless enabled is false; with password as the admin password
-// and "sid" as the SID password.
+// none), enabled unless enabled is false, locked if locked; with password as
+// the admin password and "sid" as the SID password.
 inline DiskInfo OwnedDrive(const std::string& device = "/dev/sda", const std::string& password = "pw",
-                           const std::string& version = "2", bool enabled = true) {
-  RecordingRunner query({QueryText(device, false, enabled)});
+                           const std::string& version = "2", bool enabled = true, bool locked = false) {
+  RecordingRunner query({QueryText(device, locked, enabled)});
   DiskInfo disk(device, "KVX 480GB", "F1", version);
   disk.UpdateOPALStatus();
   disk.SetAdmin1Pwd(password);

@@ -3,6 +3,10 @@
 // in the program switches a drive into it.
 #include <gtest/gtest.h>
 
+#include <map>
+#include <regex>
+#include <set>
+
 #include "main.h"
 #include "recording_runner.h"
 #include "test_io.h"
@@ -163,4 +167,42 @@ TEST(ScreensTest, FlashLockTakesItsPasswordFromTheLastUuidWordAndRunsEveryStepOn
     EXPECT_EQ(shown.printed, c.printed) << "case " << &c - cases;
     EXPECT_EQ(shown.commands, c.commands) << "case " << &c - cases;
   }
+}
+
+// Every combination of the drive's flags: the numbers printed are those
+// accepted, none twice, and each state offers its own set.
+TEST(MenuTest, EachStateOffersItsNumbersOnceAndAcceptsWhatItPrints) {
+  const std::map<std::string, std::string> offers = {
+      {"no Opal", "0 1"}, {"not owned", "0 1 2 3"}, {"owned", "0 1 11 17"},
+      {"ranges", "0 1 3 4 5 6 7 8 9 13 14 15 16 17"}, {"areas", "0 1 3 4 6 7 8 9 12 13 14 15 16 17"}};
+  for (int flags = 0; flags < 32; ++flags) {
+    const bool opal = flags & 1, enabled = flags & 2, locked = flags & 4, password = flags & 8, parted = flags & 16;
+    DiskList = {OwnedDrive("/dev/sda", password ? "pw" : "", opal ? "2" : "No", enabled, locked)};
+    SelectedDisk = &DiskList[0];
+    SelectedDisk->Set2Parted(parted);
+    RecordingRunner runner;
+    std::vector<int> choiceList;
+    const std::string screen = Printed([&] { ShowMenu(choiceList); });
+    std::string printed, accepted;
+    static const std::regex kNumber("\n   ([0-9]+)\\. ");
+    for (std::sregex_iterator it(screen.begin(), screen.end(), kNumber), end; it != end; ++it)
+      printed += (printed.empty() ? "" : " ") + (*it)[1].str();
+    for (int number : choiceList) accepted += (accepted.empty() ? "" : " ") + std::to_string(number);
+    const char* state = !opal ? "no Opal" : !enabled ? "not owned" : !password ? "owned" : parted ? "areas" : "ranges";
+    EXPECT_EQ(accepted, offers.at(state)) << "flags " << flags;
+    EXPECT_EQ(printed, accepted) << "flags " << flags;
+    EXPECT_EQ(std::set<int>(choiceList.begin(), choiceList.end()).size(), choiceList.size()) << "flags " << flags;
+    EXPECT_EQ(runner.commands, Commands{"clear"});
+  }
+  // Areas keep their own empty lines; a clear that cannot start shows and offers nothing.
+  RecordingRunner runner;
+  std::vector<int> choiceList;
+  EXPECT_NE(Printed([&] { ShowMenu(choiceList); }).find(
+                "   9.  Remove All Users from Logical Block Area\n\n   12. Enable/Disble LockingRange 0 (global)\n\n"
+                "   13. Set MBR Enable or not\n   14. Set/Unset MBR\n   15. Load Pre-Boot Authorization Image\n\n"
+                "   16. Disable OPAL (revert)\n   17. Erase All Data\n\n---"), std::string::npos);
+  runner.clears = false;
+  choiceList.clear();
+  EXPECT_EQ(Printed([&] { ShowMenu(choiceList); }), "");
+  EXPECT_TRUE(choiceList.empty());
 }
