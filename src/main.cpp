@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -18,10 +17,11 @@ namespace {
 
 // --- Reading answers ---------------------------------------------------------
 
-// One blank-delimited word; empty when standard input has ended or failed.
+// One blank-delimited word. The end of input is no answer: the program ends
+// there, before a fallback could reach a drive.
 std::string ReadWord() {
   std::string word;
-  std::cin >> word;
+  if (!(std::cin >> word)) EndOfInput();
   return word;
 }
 
@@ -41,8 +41,7 @@ std::optional<int> ToInt(const std::string& word) {
   }
 }
 
-// The answer to a number prompt; nothing when it is not a number (end of
-// input included).
+// The answer to a number prompt; nothing when it is not a number.
 std::optional<int> ReadNumber() { return ToInt(ReadWord()); }
 
 // The answer to a number prompt whose non-numbers stand for fallback.
@@ -176,6 +175,9 @@ void SelectDisk() {
   std::cout << "Select a disk by number: ";
   int number = 0;  // a non-number stores 0 and so selects the first drive
   std::cin >> number;
+  // The failed input left by a non-number ends the program at the next
+  // prompt; the end of input ends it here.
+  if (std::cin.fail() && std::cin.eof()) EndOfInput();
   // Only numbers that name a drive select it; a negative number names none
   // and is refused like any number past the end.
   if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
@@ -445,8 +447,7 @@ void TakeOwnership(const std::string& password) {
   }
 }
 
-// Asks until the operator confirms a password. Only a yes leaves, so a dead
-// input would ask for ever: it ends the program instead.
+// Asks until the operator confirms a password: only a yes leaves.
 std::string AskNewAdminPassword() {
   while (true) {
     std::cout << "Please enter your admin password (w/o space): ";
@@ -454,10 +455,6 @@ std::string AskNewAdminPassword() {
     std::cout << "Your password is: " << password << '\n'
               << "Are you sure to use this password? (Y/N): ";
     if (ReadYes()) return password;
-    if (!std::cin) {
-      FlushOutput();
-      std::exit(0);
-    }
   }
 }
 

@@ -90,8 +90,12 @@ std::vector<std::string> ParseItems(const std::string& sourceStr, const std::str
 
 void WaitForKey() {
   FlushOutput();
-  std::fgetc(stdin);
-  std::fgetc(stdin);
+  if (std::fgetc(stdin) == EOF || std::fgetc(stdin) == EOF) EndOfInput();
+}
+
+void EndOfInput() {
+  FlushOutput();
+  std::exit(0);
 }
 
 void PauseForKey() {

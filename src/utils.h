@@ -51,8 +51,14 @@ CommandRunner* SetCommandRunner(CommandRunner* runner);
 bool ClearScreen();
 
 // Reads two characters: the first is normally the newline of the last answer
-// typed, the second waits for the operator's key.
+// typed, the second waits for the operator's key. The end of input among
+// them ends the program (EndOfInput).
 void WaitForKey();
+
+// Ends the program at once with status 0, after flushing what it printed.
+// Once standard input has ended or failed nothing is taken from it as an
+// answer, so nothing more is sent to any drive.
+[[noreturn]] void EndOfInput();
 
 // The pause that ends most screens: "\nEnter any key to continue...", then
 // WaitForKey.
