@@ -57,16 +57,16 @@ demo-reset: demo-dir
 	cd $(DEMO_DIR) && ./drivesim reset
 
 # `make fuzz` builds the libFuzzer targets with clang in $(FUZZ_DIR) and runs
-# each for $(FUZZ_SECONDS) seconds from the seed corpus in fuzz/corpus/.
-FUZZ_DIR     ?= build-fuzz
-FUZZ_SECONDS ?= 8
+# each on $(FUZZ_RUNS) inputs from the seed corpus in fuzz/corpus/.
+FUZZ_DIR  ?= build-fuzz
+FUZZ_RUNS ?= 20000
 
 .PHONY: fuzz clean-fuzz
 
 fuzz:
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRAK_FUZZ=ON -DVELTRAK_TESTS=OFF
 	cmake --build $(FUZZ_DIR) -j$(JOBS) --target fuzzers
-	fuzz/run.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+	fuzz/run.sh $(FUZZ_DIR) $(FUZZ_RUNS)
 
 clean: clean-fuzz
 
