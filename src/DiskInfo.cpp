@@ -73,8 +73,7 @@ bool DiskInfo::UpdateOPALStatus() {
 
 bool DiskInfo::UpdateLockingRangesStatus() {
   if (OpalInactive()) return true;
-  std::stringstream output =
-      GetCmdResponse(SedutilLine("--listLockingRanges", m_Admin1Pwd));
+  std::stringstream output = GetCmdResponse(SedutilLine("--listLockingRanges", m_Admin1Pwd));
   m_LR.clear();
   uint32_t count_index = 1;
   std::string line;
@@ -179,17 +178,18 @@ void PrintNames(const std::vector<std::string>& names) {
 
 bool DiskInfo::SetupLockingRange(uint32_t index, uint64_t startLocation, uint64_t length) {
   if (OpalInactive()) return true;
-  return RunUntilLineWith(SedutilLine("--setupLockingRange " + std::to_string(index) + " " +
-                                          std::to_string(startLocation) + " " + std::to_string(length),
-                                      m_Admin1Pwd),
-                          RangePhrase(index, " reKeyed"), Echo::kShow);
+  const std::string operation = "--setupLockingRange " + std::to_string(index) + " " +
+                                std::to_string(startLocation) + " " + std::to_string(length);
+  return RunUntilLineWith(SedutilLine(operation, m_Admin1Pwd), RangePhrase(index, " reKeyed"),
+                          Echo::kShow);
 }
 
 bool DiskInfo::SetLockingRangeStatus(uint32_t index, const std::string& status) {
   if (OpalInactive()) return true;
   // Any reported state counts: the phrase stops at "set to ".
-  return RunUntilLineWith(SedutilLine("--setLockingRange " + std::to_string(index) + " " + status, m_Admin1Pwd),
-                          RangePhrase(index, " set to "), Echo::kSilent);
+  return RunUntilLineWith(
+      SedutilLine("--setLockingRange " + std::to_string(index) + " " + status, m_Admin1Pwd),
+      RangePhrase(index, " set to "), Echo::kSilent);
 }
 
 bool DiskInfo::EnableLockingRange(uint32_t index, bool enable) {
@@ -269,7 +269,8 @@ bool DiskInfo::RevertSSD() {
 }
 
 bool DiskInfo::EraseAllData(const std::string& yourPSID) {
-  std::stringstream output = GetCmdResponse(SedutilLine("--yesIreallywanttoERASEALLmydatausingthePSID", yourPSID));
+  std::stringstream output =
+      GetCmdResponse(SedutilLine("--yesIreallywanttoERASEALLmydatausingthePSID", yourPSID));
   // Only the first line decides; a warning before the report means failure.
   std::string first;
   std::getline(output, first);

@@ -15,7 +15,7 @@ DiskInfo* SelectedDisk = nullptr;
 
 namespace {
 
-// --- Reading answers ---------------------------------------------------------
+// --- Reading answers -------------------------------------------------------
 
 // One blank-delimited word. The end of input is no answer: the program ends
 // there, before a fallback could reach a drive.
@@ -65,7 +65,7 @@ int ReadActionNumber() {
   return action;
 }
 
-// --- The banner and the drive summary ----------------------------------------
+// --- The banner and the drive summary -------------------------------------
 
 void ShowBanner() {
   const std::string rule(49, '=');
@@ -183,7 +183,7 @@ void SelectDisk() {
   if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
 }
 
-// --- Locking-range screens ---------------------------------------------------
+// --- Locking-range screens ----------------------------------------------------
 
 void ShowLRs(std::vector<LockingRangeInfo> ranges) {
   const std::string rule(103, '=');
@@ -314,7 +314,7 @@ void SetAddressofLR() {
   PauseForKey();
 }
 
-// --- Privilege screens -------------------------------------------------------
+// --- Privilege screens --------------------------------------------------------
 
 void GetAccessSetting() {
   std::cout << '\n';
@@ -535,7 +535,7 @@ void EnableOPAL() {
 
 namespace {
 
-// --- User password screen ----------------------------------------------------
+// --- User password screen -----------------------------------------------------
 
 // Action 6. The password is set even when enabling the user failed.
 void EnableUser() {
@@ -561,7 +561,7 @@ void EnableUser() {
   PauseForKey();
 }
 
-// --- MBR, pre-boot image, revert and erase -----------------------------------
+// --- MBR, pre-boot image, revert and erase ------------------------------------
 
 // Typed as the PSID exactly so (case counts), the keyword stands for the
 // built-in default PSID.
@@ -619,7 +619,7 @@ void EraseAllData() {
   PauseForKey();
 }
 
-// --- The menu ----------------------------------------------------------------
+// --- The menu --------------------------------------------------------------
 
 // The drive states that decide what the menu offers, as bits of a set.
 enum MenuState : unsigned {

@@ -34,7 +34,9 @@ class ShellRunner : public CommandRunner {
   std::string Run(const std::string& queryCmd) override {
     return GetExecutedResult((queryCmd + " 2>&1").c_str());
   }
-  bool RunShell(const std::string& cmd, std::string& result) override { return ReadCommandOutput(cmd, result); }
+  bool RunShell(const std::string& cmd, std::string& result) override {
+    return ReadCommandOutput(cmd, result);
+  }
   bool Clear() override {
     FlushOutput();
     return std::system("clear") != -1;
@@ -61,7 +63,9 @@ std::stringstream GetCmdResponse(const std::string& queryCmd) {
   return std::stringstream(current_runner->Run(queryCmd), std::ios::in | std::ios::out);
 }
 
-bool shellCmd(const std::string& cmd, std::string& result) { return current_runner->RunShell(cmd, result); }
+bool shellCmd(const std::string& cmd, std::string& result) {
+  return current_runner->RunShell(cmd, result);
+}
 
 bool ClearScreen() { return current_runner->Clear(); }
 
