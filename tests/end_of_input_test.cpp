@@ -66,7 +66,8 @@ const Screen kScreens[] = {
        {kLan + "--Add_ACE_Locking_range /dev/sda pw 1 User1 User2"}},
       {kPause, ""}}},
     {"RemoveUsers", kOpen + "9\n",
-     {{"Which Locking Range you want to setup (0~8)?\n", "1", {kLan + "--Delete_AllUser_ACE_Locking_range /dev/sda pw 1"}},
+     {{"Which Locking Range you want to setup (0~8)?\n", "1",
+       {kLan + "--Delete_AllUser_ACE_Locking_range /dev/sda pw 1"}},
       {"Do you want to continue removing? (Y/N)\n", "n"}, {kPause, ""}}},
     {"MbrEnable", kOpen + "13\n",
      {{"Enable(Y) or Disable(N) ?  ", "y", {kSed + "--setMBREnable ON pw /dev/sda"}}, {kPause, ""}}},
@@ -99,7 +100,8 @@ void ScriptTools(Session& s) {
       .On("sedutil-cli", "-n --query /dev/sda", QueryText("/dev/sda", false, true))
       .On("sedutil-cli", "-n --query /dev/sdb", QueryText("/dev/sdb", false, false))
       .On("sedutil-cli", "-n --query /dev/sdb", QueryText("/dev/sdb", false, true))
-      .On("sedutil-cli", "-n --listLockingRanges pw /dev/sda", RangesText("/dev/sda", {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}))
+      .On("sedutil-cli", "-n --listLockingRanges pw /dev/sda",
+          RangesText("/dev/sda", {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}))
       .On("sedutil-cli", "-n --initialSetup *", "takeOwnership complete\n")
       .On("sedutil-cli", "-n --setupLockingRange *", "LockingRange1 reKeyed \n")
       .On("Lantivo", "--list_User_ACE_Locking_range /dev/sda pw 1", "Admin1 User1 can access Locking Range 1\n")
@@ -120,9 +122,9 @@ TEST_P(EndOfInputTest, EndsTheProgramAtEachPromptAndSendsNothingMore) {
     ScriptTools(s);
     s.Run(input);
     EXPECT_EQ(s.exit_status, 0);
-    EXPECT_TRUE(s.screen.size() >= step.prompt.size() &&
-                s.screen.compare(s.screen.size() - step.prompt.size(), std::string::npos, step.prompt) == 0)
-        << "the screen ends " << testing::PrintToString(s.screen.substr(s.screen.size() - std::min<size_t>(s.screen.size(), 300)));
+    const size_t size = s.screen.size(), end = size - std::min(size, step.prompt.size());
+    EXPECT_EQ(s.screen.substr(end), step.prompt)
+        << "the screen ends " << testing::PrintToString(s.screen.substr(size - std::min<size_t>(size, 300)));
     Calls changes;
     std::istringstream calls(s.Calls());
     for (std::string call; std::getline(calls, call);) {

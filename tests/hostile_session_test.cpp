@@ -87,8 +87,9 @@ std::string ExpectCleanEnd(const std::string& input, const std::string& what) {
   std::filesystem::create_directory(sim.dir() + "/bin");
   sim.Write("bin/sudo", "#!/bin/sh\necho UUID: 4C4C4544-0042-3510-8052-B4C04F4B4E32\n");
   sim.Write(".input", input);
-  const SimSandbox::Result out = sim.Run("chmod +x bin/sudo && ln -s /bin/true bin/clear && ./drivesim init && "
-                                         "PATH=$PWD/bin:$PATH timeout " VELTRAK_SESSION_LIMIT " '" VELTRAK_BINARY "' < .input");
+  const SimSandbox::Result out =
+      sim.Run("chmod +x bin/sudo && ln -s /bin/true bin/clear && ./drivesim init && "
+              "PATH=$PWD/bin:$PATH timeout " VELTRAK_SESSION_LIMIT " '" VELTRAK_BINARY "' < .input");
   const std::string& screen = out.output;
   const bool report = screen.find("Sanitizer") != screen.npos || screen.find("runtime error:") != screen.npos;
   EXPECT_TRUE(out.status == 0 && !report) << what << ": status " << out.status << ", the screen ends "
@@ -101,6 +102,8 @@ std::string ExpectCleanEnd(const std::string& input, const std::string& what) {
 // user enabled and granted the range, the access listing, the exit.
 const std::string kWalkthrough = "1\n1\n2\nSecret1\nY\n\n" "5\n1\n2048\n409600\n\n" "4\n1\n2\n1\n\n"
                                  "6\n1\nUserPw1\nN\n\n" "8\n1\n1\nY\n\n" "7\n\n" "0\n";
+// Every line but the last, the exit.
+const size_t kWalkthroughPrompts = std::count(kWalkthrough.begin(), kWalkthrough.end(), '\n') - 1;
 const std::string kOpenMenu = "11\nZep2024\nY\n\n";  // the owned drive's password
 
 // Each case runs a few sessions by count, so that no case takes long even
@@ -144,9 +147,7 @@ TEST_P(WalkthroughPrompt, TakesAHostileAnswer) {
   }
   ExpectCleanEnd(input, "hostile answer at line " + std::to_string(GetParam() + 1));
 }
-// Every line but the last, the exit.
-INSTANTIATE_TEST_SUITE_P(HostileSession, WalkthroughPrompt,
-                         testing::Range(size_t{0}, size_t(std::count(kWalkthrough.begin(), kWalkthrough.end(), '\n') - 1)));
+INSTANTIATE_TEST_SUITE_P(HostileSession, WalkthroughPrompt, testing::Range(size_t{0}, kWalkthroughPrompts));
 
 // One extreme answer at the first prompts of the disk selection and of each
 // screen of the open menu that reads a number, a list, a password or a name.

@@ -1,6 +1,7 @@
-// Screens run in-process: the range tables' exact widths, and the wording
-// and bounds of partition mode, which no session can reach because nothing
-// in the program switches a drive into it.
+// Screens run in-process through the recording runner: the range tables'
+// exact widths; the wording and bounds of partition mode, which no session
+// can reach because nothing in the program switches a drive into it; the
+// flash lock's steps; the menu of every drive state.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -194,7 +195,8 @@ TEST(MenuTest, EachStateOffersItsNumbersOnceAndAcceptsWhatItPrints) {
     EXPECT_EQ(std::set<int>(choiceList.begin(), choiceList.end()).size(), choiceList.size()) << "flags " << flags;
     EXPECT_EQ(runner.commands, Commands{"clear"});
   }
-  // Areas keep their own empty lines; a clear that cannot start shows and offers nothing.
+  // The last combination handles the drive as areas, which keep their own
+  // empty lines; a clear that cannot start shows and offers nothing.
   RecordingRunner runner;
   std::vector<int> choiceList;
   EXPECT_NE(Printed([&] { ShowMenu(choiceList); }).find(
