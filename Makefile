@@ -1,24 +1,29 @@
-# Thin wrapper around CMake. `make` builds, `make test` builds and runs every
-# test twice: once as shipped, once under AddressSanitizer and UBSan.
+# Thin wrapper around CMake. `make` builds (the tests too when GoogleTest is
+# installed), `make test` builds and runs every test twice: once as shipped,
+# once under AddressSanitizer and UBSan. The tests need GoogleTest: without it
+# `make test` stops at once and says how to install it.
 BUILD_DIR ?= build
 ASAN_DIR  ?= build-asan
 JOBS      ?= $(shell nproc)
+CONFIGURE  = cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
 .PHONY: all build test test-plain test-asan clean
 
 all: build
 
 build:
-	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	$(CONFIGURE)
 	cmake --build $(BUILD_DIR) -j$(JOBS)
 
 test: test-plain test-asan fuzz
 
-test-plain: build
+test-plain:
+	$(CONFIGURE) -DVELTRAK_TESTS=ON
+	cmake --build $(BUILD_DIR) -j$(JOBS)
 	cd $(BUILD_DIR) && ctest --output-on-failure --no-tests=error -j$(JOBS)
 
 test-asan:
-	cmake -S . -B $(ASAN_DIR) -DCMAKE_BUILD_TYPE=Debug -DVELTRAK_SANITIZE=ON
+	cmake -S . -B $(ASAN_DIR) -DCMAKE_BUILD_TYPE=Debug -DVELTRAK_SANITIZE=ON -DVELTRAK_TESTS=ON
 	cmake --build $(ASAN_DIR) -j$(JOBS)
 	cd $(ASAN_DIR) && ctest --output-on-failure --no-tests=error -j$(JOBS)
 
@@ -42,12 +47,15 @@ clean-package:
 	rm -rf $(PKG_DIR)
 
 # `make demo` starts Veltrak in $(DEMO_DIR) on simulated drives, kept as the
-# last run left them; `make demo-reset` puts the demo's drives back.
+# last run left them; `make demo-reset` puts the demo's drives back. Only the
+# program and the simulator are built for it.
 DEMO_DIR ?= demo
 
 .PHONY: demo demo-reset demo-dir
 
-demo-dir: build
+demo-dir:
+	$(CONFIGURE)
+	cmake --build $(BUILD_DIR) -j$(JOBS) --target veltrak drivesim
 	tools/demo/prepare.sh $(DEMO_DIR) $(BUILD_DIR)
 
 demo: demo-dir
@@ -57,16 +65,16 @@ demo-reset: demo-dir
 	cd $(DEMO_DIR) && ./drivesim reset
 
 # `make fuzz` builds the libFuzzer targets with clang in $(FUZZ_DIR) and runs
-# each for $(FUZZ_SECONDS) seconds from the seed corpus in fuzz/corpus/.
-FUZZ_DIR     ?= build-fuzz
-FUZZ_SECONDS ?= 8
+# each on $(FUZZ_RUNS) inputs from the seed corpus in fuzz/corpus/.
+FUZZ_DIR  ?= build-fuzz
+FUZZ_RUNS ?= 20000
 
 .PHONY: fuzz clean-fuzz
 
 fuzz:
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRAK_FUZZ=ON -DVELTRAK_TESTS=OFF
 	cmake --build $(FUZZ_DIR) -j$(JOBS) --target fuzzers
-	fuzz/run.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+	fuzz/run.sh $(FUZZ_DIR) $(FUZZ_RUNS)
 
 clean: clean-fuzz
 

@@ -22,6 +22,11 @@ class CannedRunner : public CommandRunner {
   explicit CannedRunner(std::string output) : output_(std::move(output)), previous_(SetCommandRunner(this)) {}
   ~CannedRunner() override { SetCommandRunner(previous_); }
   std::string Run(const std::string&) override { return output_; }
+  bool RunShell(const std::string&, std::string& result) override {
+    result = output_;
+    return true;
+  }
+  bool Clear() override { return true; }
 
  private:
   std::string output_;

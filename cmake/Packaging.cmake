@@ -110,7 +110,3 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "sudo, dmidecode")
 
 include(CPack)
-
-if(VELTRAK_TESTS)
-  add_subdirectory(tests/packaging)
-endif()

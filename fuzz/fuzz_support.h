@@ -13,10 +13,11 @@
 #include "recording_runner.h"
 
 // The parsers print their findings and some pause for a key: send standard
-// output to /dev/null and let every read of standard input meet its end.
+// output to /dev/null and give every pause its keys (NUL bytes), since the
+// end of input would end the program.
 inline void QuietTerminal() {
   if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
-  if (std::freopen("/dev/null", "r", stdin) == nullptr) std::abort();
+  if (std::freopen("/dev/zero", "r", stdin) == nullptr) std::abort();
 }
 
 // The fuzz data cut at every record separator byte (0x1e): one tool output

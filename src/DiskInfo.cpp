@@ -9,8 +9,6 @@ int apply_table[kApplyTableRows][kApplyTableColumns] = {};
 
 namespace {
 
-const std::string kSedutil = "./sedutil-cli -n ";
-
 uint32_t OpalVersionFromScan(const std::string& text) {
   try {
     return static_cast<uint32_t>(std::stoi(text));
@@ -56,6 +54,10 @@ std::string DiskInfo::PartitionName(int64_t number) const {
   return m_PrefixDevice + (nvme ? "p" : "") + std::to_string(number);
 }
 
+std::string DiskInfo::SedutilLine(const std::string& operation, const std::string& password) const {
+  return kSedutil + operation + " " + password + " " + m_FileDescriptor;
+}
+
 bool DiskInfo::UpdateOPALStatus() {
   if (m_OPALVer == 0) return true;
   std::stringstream output = GetCmdResponse(kSedutil + "--query " + m_FileDescriptor);
@@ -71,8 +73,7 @@ bool DiskInfo::UpdateOPALStatus() {
 
 bool DiskInfo::UpdateLockingRangesStatus() {
   if (OpalInactive()) return true;
-  std::stringstream output =
-      GetCmdResponse(kSedutil + "--listLockingRanges " + m_Admin1Pwd + " " + m_FileDescriptor);
+  std::stringstream output = GetCmdResponse(SedutilLine("--listLockingRanges", m_Admin1Pwd));
   m_LR.clear();
   uint32_t count_index = 1;
   std::string line;
@@ -109,7 +110,6 @@ bool DiskInfo::UpdateLockingRangesStatus() {
 
 namespace {
 
-const std::string kLantivo = "./Lantivo ";
 const std::string kAccessPhrase = "can access Locking Range";
 
 // Runs a tool command line and reads its output up to the first line that
@@ -178,28 +178,28 @@ void PrintNames(const std::vector<std::string>& names) {
 
 bool DiskInfo::SetupLockingRange(uint32_t index, uint64_t startLocation, uint64_t length) {
   if (OpalInactive()) return true;
-  return RunUntilLineWith(kSedutil + "--setupLockingRange " + std::to_string(index) + " " +
-                              std::to_string(startLocation) + " " + std::to_string(length) + " " +
-                              m_Admin1Pwd + " " + m_FileDescriptor,
-                          RangePhrase(index, " reKeyed"), Echo::kShow);
+  const std::string operation = "--setupLockingRange " + std::to_string(index) + " " +
+                                std::to_string(startLocation) + " " + std::to_string(length);
+  return RunUntilLineWith(SedutilLine(operation, m_Admin1Pwd), RangePhrase(index, " reKeyed"),
+                          Echo::kShow);
 }
 
 bool DiskInfo::SetLockingRangeStatus(uint32_t index, const std::string& status) {
   if (OpalInactive()) return true;
   // Any reported state counts: the phrase stops at "set to ".
-  return RunUntilLineWith(kSedutil + "--setLockingRange " + std::to_string(index) + " " + status +
-                              " " + m_Admin1Pwd + " " + m_FileDescriptor,
-                          RangePhrase(index, " set to "), Echo::kSilent);
+  return RunUntilLineWith(
+      SedutilLine("--setLockingRange " + std::to_string(index) + " " + status, m_Admin1Pwd),
+      RangePhrase(index, " set to "), Echo::kSilent);
 }
 
 bool DiskInfo::EnableLockingRange(uint32_t index, bool enable) {
   if (OpalInactive()) return true;
-  const std::string operands = std::to_string(index) + " " + m_Admin1Pwd + " " + m_FileDescriptor;
+  const std::string range = " " + std::to_string(index);
   if (enable) {
-    return RunUntilLineWith(kSedutil + "--enableLockingRange " + operands,
+    return RunUntilLineWith(SedutilLine("--enableLockingRange" + range, m_Admin1Pwd),
                             RangePhrase(index, " enabled ReadLocking,WriteLocking"), Echo::kSilent);
   }
-  return RunUntilLineWith(kSedutil + "--disableLockingRange " + operands,
+  return RunUntilLineWith(SedutilLine("--disableLockingRange" + range, m_Admin1Pwd),
                           RangePhrase(index, " disabled"), Echo::kSilent);
 }
 
@@ -256,23 +256,21 @@ bool DiskInfo::SetAccessSetting(uint32_t, bool, std::vector<uint32_t>&) { return
 
 bool DiskInfo::DisableOPAL() {
   // Each step runs whatever the one before it printed.
-  GetCmdResponse(kSedutil + "--disableLockingRange 0 " + m_Admin1Pwd + " " + m_FileDescriptor);
-  GetCmdResponse(kSedutil + "--revertNoErase " + m_Admin1Pwd + " " + m_FileDescriptor);
-  GetCmdResponse(kSedutil + "--revertTPer " + m_SIDPwd + " " + m_FileDescriptor);
+  GetCmdResponse(SedutilLine("--disableLockingRange 0", m_Admin1Pwd));
+  GetCmdResponse(SedutilLine("--revertNoErase", m_Admin1Pwd));
+  GetCmdResponse(SedutilLine("--revertTPer", m_SIDPwd));
   return true;
 }
 
 bool DiskInfo::RevertSSD() {
-  std::stringstream output =
-      GetCmdResponse(kSedutil + "--revertTPer " + m_SIDPwd + " " + m_FileDescriptor);
+  std::stringstream output = GetCmdResponse(SedutilLine("--revertTPer", m_SIDPwd));
   EchoAllLines(output);
   return true;
 }
 
 bool DiskInfo::EraseAllData(const std::string& yourPSID) {
   std::stringstream output =
-      GetCmdResponse(kSedutil + "--yesIreallywanttoERASEALLmydatausingthePSID " + yourPSID + " " +
-                     m_FileDescriptor);
+      GetCmdResponse(SedutilLine("--yesIreallywanttoERASEALLmydatausingthePSID", yourPSID));
   // Only the first line decides; a warning before the report means failure.
   std::string first;
   std::getline(output, first);
@@ -287,23 +285,19 @@ bool DiskInfo::RunShadowMBRCommand(const std::string& command, Echo echo) {
 }
 
 bool DiskInfo::EnableMBR() {
-  return RunShadowMBRCommand(kSedutil + "--setMBREnable ON " + m_Admin1Pwd + " " + m_FileDescriptor,
-                             Echo::kSilent);
+  return RunShadowMBRCommand(SedutilLine("--setMBREnable ON", m_Admin1Pwd), Echo::kSilent);
 }
 
 bool DiskInfo::DisableMBR() {
-  return RunShadowMBRCommand(
-      kSedutil + "--setMBREnable OFF " + m_Admin1Pwd + " " + m_FileDescriptor, Echo::kSilent);
+  return RunShadowMBRCommand(SedutilLine("--setMBREnable OFF", m_Admin1Pwd), Echo::kSilent);
 }
 
 bool DiskInfo::SetMBR() {
-  return RunShadowMBRCommand(kSedutil + "--setMBRDone ON " + m_Admin1Pwd + " " + m_FileDescriptor,
-                             Echo::kShow);
+  return RunShadowMBRCommand(SedutilLine("--setMBRDone ON", m_Admin1Pwd), Echo::kShow);
 }
 
 bool DiskInfo::UnSetMBR() {
-  return RunShadowMBRCommand(kSedutil + "--setMBRDone OFF " + m_Admin1Pwd + " " + m_FileDescriptor,
-                             Echo::kShow);
+  return RunShadowMBRCommand(SedutilLine("--setMBRDone OFF", m_Admin1Pwd), Echo::kShow);
 }
 
 bool DiskInfo::LoadImage(std::string file) {

@@ -12,6 +12,11 @@
 #include "LockingRangeInfo.h"
 #include "utils.h"
 
+// Every drive command line starts with one of the two tools, run from the
+// working directory.
+inline const std::string kSedutil = "./sedutil-cli -n ";
+inline const std::string kLantivo = "./Lantivo ";
+
 // One partition's bounds, as decimal strings.
 struct L_Part {
   std::string start;
@@ -61,6 +66,10 @@ class DiskInfo {
   // Records partition index's first and last sector; an index outside the
   // ten entries is ignored.
   void SetupLBA(uint32_t index, std::string start, std::string end);
+
+  // The sedutil command line of operation (the option and any operands
+  // before the password) on this drive: it ends with password and the device.
+  std::string SedutilLine(const std::string& operation, const std::string& password) const;
 
   // --- Status refresh ---
   // Re-reads LockingSupported, LockingEnabled and Locked from the query.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -18,10 +17,11 @@ namespace {
 
 // --- Reading answers -------------------------------------------------------
 
-// One blank-delimited word; empty when standard input has ended or failed.
+// One blank-delimited word. The end of input is no answer: the program ends
+// there, before a fallback could reach a drive.
 std::string ReadWord() {
   std::string word;
-  std::cin >> word;
+  if (!(std::cin >> word)) EndOfInput();
   return word;
 }
 
@@ -41,8 +41,7 @@ std::optional<int> ToInt(const std::string& word) {
   }
 }
 
-// The answer to a number prompt; nothing when it is not a number (end of
-// input included).
+// The answer to a number prompt; nothing when it is not a number.
 std::optional<int> ReadNumber() { return ToInt(ReadWord()); }
 
 // The answer to a number prompt whose non-numbers stand for fallback.
@@ -66,12 +65,7 @@ int ReadActionNumber() {
   return action;
 }
 
-// --- The menu --------------------------------------------------------------
-
-void Offer(std::vector<int>& choiceList, int number, const char* line) {
-  std::cout << line << '\n';
-  choiceList.push_back(number);
-}
+// --- The banner and the drive summary -------------------------------------
 
 void ShowBanner() {
   const std::string rule(49, '=');
@@ -88,63 +82,6 @@ void ShowDriveSummary(const DiskInfo& disk) {
             << " OPAL Support:    " << (disk.GetOPALSupport() ? "Support" : "Not Support") << '\n'
             << " OPAL Enable:     " << (disk.GetOPALEnable() ? "Enable" : "Disable") << '\n'
             << " OPAL Locked:     " << (disk.GetOPALLocked() ? "Yes" : "No") << '\n';
-}
-
-// The range actions of an owned drive whose password is held. A partitioned
-// drive speaks of areas, has no address action (5) and has the global-range
-// action (12) instead.
-void OfferRangeActions(const DiskInfo& disk, std::vector<int>& choiceList) {
-  const bool parted = disk.GetParted();
-  std::cout << '\n';
-  if (parted) {
-    Offer(choiceList, 3, "   3.  Look up Logical Block Area");
-    Offer(choiceList, 4, "   4.  Set State of Logical Block Area");
-  } else {
-    Offer(choiceList, 3, "   3.  Look up Locking Range");
-    Offer(choiceList, 4, "   4.  Set State of Locking Range");
-    Offer(choiceList, 5, "   5.  Set Address of Locking Range");
-  }
-  std::cout << '\n';
-  Offer(choiceList, 6, "   6.  Set User's Password");
-  std::cout << '\n';
-  Offer(choiceList, 7, "   7.  Check Access Right of Locking Range");
-  if (parted) {
-    Offer(choiceList, 8, "   8.  Set Previleges to Logical Block Area");
-    Offer(choiceList, 9, "   9.  Remove All Users from Logical Block Area");
-    std::cout << '\n';
-    Offer(choiceList, 12, "   12. Enable/Disble LockingRange 0 (global)");
-    std::cout << '\n';
-  } else {
-    Offer(choiceList, 8, "   8.  Set Previleges to Locking Range");
-    Offer(choiceList, 9, "   9.  Remove All Users from Locking Range");
-    std::cout << '\n';
-  }
-}
-
-void OfferActions(const DiskInfo& disk, std::vector<int>& choiceList) {
-  Offer(choiceList, 0, "   0.  Exit");
-  Offer(choiceList, 1, "   1.  Select Disk");
-  if (disk.GetOPALVer() == 0) return;
-  if (!disk.GetOPALEnable()) {
-    Offer(choiceList, 2, "   2.  Initial this OPAL Device and Set Admin Password (Enable OPAL)");
-    Offer(choiceList, 3, "   3.  Flash Lock");
-    return;
-  }
-  const bool passwordHeld = !disk.GetAdmin1Pwd().empty();
-  if (passwordHeld) {
-    OfferRangeActions(disk, choiceList);
-    Offer(choiceList, 13, "   13. Set MBR Enable or not");
-    Offer(choiceList, 14, "   14. Set/Unset MBR");
-    Offer(choiceList, 15, "   15. Load Pre-Boot Authorization Image");
-    std::cout << '\n';
-    Offer(choiceList, 16, "   16. Disable OPAL (revert)");
-  } else if (disk.GetOPALLocked()) {
-    Offer(choiceList, 11, "   11. Enter Admin1 / SID Password");
-  } else {
-    Offer(choiceList, 11, "   11. Set Admin1 / SID Password");
-  }
-  Offer(choiceList, 17, "   17. Erase All Data");
-  std::cout << '\n';
 }
 
 // --- Shared by the screens ---------------------------------------------------
@@ -207,13 +144,9 @@ uint64_t ReadBlockNumber() { return static_cast<uint64_t>(static_cast<int64_t>(R
 
 }  // namespace
 
-bool shellCmd(const std::string& cmd, std::string& result) {
-  return ReadCommandOutput(cmd, result);
-}
-
 void ScanDisks() {
   DiskList.clear();
-  std::stringstream output = GetCmdResponse("./sedutil-cli -n --scan ");
+  std::stringstream output = GetCmdResponse(kSedutil + "--scan ");
   std::string line;
   while (std::getline(output, line)) {
     if (line.find("/dev") == std::string::npos) continue;  // banner and closing lines
@@ -233,16 +166,6 @@ void ScanDisks() {
   DiskCount = static_cast<int>(DiskList.size());
 }
 
-void ShowMenu(std::vector<int>& choiceList) {
-  FlushOutput();
-  if (std::system("clear") == -1) return;
-  ShowBanner();
-  ShowDriveSummary(*SelectedDisk);
-  std::cout << '\n' << " Action:" << '\n';
-  OfferActions(*SelectedDisk, choiceList);
-  std::cout << std::string(49, '-') << '\n';
-}
-
 void SelectDisk() {
   std::cout << " * Disk list:" << '\n';
   for (int i = 0; i < DiskCount; ++i) {
@@ -252,6 +175,9 @@ void SelectDisk() {
   std::cout << "Select a disk by number: ";
   int number = 0;  // a non-number stores 0 and so selects the first drive
   std::cin >> number;
+  // The failed input left by a non-number ends the program at the next
+  // prompt; the end of input ends it here.
+  if (std::cin.fail() && std::cin.eof()) EndOfInput();
   // Only numbers that name a drive select it; a negative number names none
   // and is refused like any number past the end.
   if (number >= 0 && number < DiskCount) SelectedDisk = &DiskList[number];
@@ -364,9 +290,7 @@ void SpecialActionLR0() {
   PauseForKey();
 }
 
-namespace {
-
-// Action 5. Range 0, the global range, has no address of its own.
+// Range 0, the global range, has no address of its own.
 void SetAddressofLR() {
   const std::vector<LockingRangeInfo> ranges = RefreshedRanges();
   ShowLRs(ranges);
@@ -389,8 +313,6 @@ void SetAddressofLR() {
   }
   PauseForKey();
 }
-
-}  // namespace
 
 // --- Privilege screens --------------------------------------------------------
 
@@ -506,8 +428,7 @@ namespace {
 // the password is kept for both authorities and the drive re-read; a failure
 // is only reported; output with neither phrase changes nothing.
 void TakeOwnership(const std::string& password) {
-  std::stringstream output = GetCmdResponse("./sedutil-cli -n --initialSetup " + password + " " +
-                                            SelectedDisk->GetFileDescriptor());
+  std::stringstream output = GetCmdResponse(SelectedDisk->SedutilLine("--initialSetup", password));
   std::string line;
   while (std::getline(output, line)) {
     // "complete" is looked for first, so a line holding both counts as complete.
@@ -526,8 +447,7 @@ void TakeOwnership(const std::string& password) {
   }
 }
 
-// Asks until the operator confirms a password. Only a yes leaves, so a dead
-// input would ask for ever: it ends the program instead.
+// Asks until the operator confirms a password: only a yes leaves.
 std::string AskNewAdminPassword() {
   while (true) {
     std::cout << "Please enter your admin password (w/o space): ";
@@ -535,10 +455,6 @@ std::string AskNewAdminPassword() {
     std::cout << "Your password is: " << password << '\n'
               << "Are you sure to use this password? (Y/N): ";
     if (ReadYes()) return password;
-    if (!std::cin) {
-      FlushOutput();
-      std::exit(0);
-    }
   }
 }
 
@@ -552,10 +468,9 @@ std::string FlashLockPassword(const std::string& uuidText) {
   return password;
 }
 
-// Binds the drive to this machine: owner password from the machine UUID,
-// global range locked, flash pre-boot image installed. -1 when declined;
-// else 0, whatever the steps reported: they all run even after a failed
-// take-ownership.
+}  // namespace
+
+// The steps all run even after a failed take-ownership.
 int FlashLock() {
   std::string uuidText;
   shellCmd("sudo dmidecode | grep -i uuid", uuidText);
@@ -570,6 +485,8 @@ int FlashLock() {
   SelectedDisk->SetMBR();
   return 0;
 }
+
+namespace {
 
 // Action 3 on a drive not yet enabled. True when the flash lock ran and the
 // program is to end, so that the machine is powered off.
@@ -702,66 +619,131 @@ void EraseAllData() {
   PauseForKey();
 }
 
+// --- The menu --------------------------------------------------------------
+
+// The drive states that decide what the menu offers, as bits of a set.
+enum MenuState : unsigned {
+  kNoOpal = 1u << 0,            // the scan reported no Opal version
+  kNotOwned = 1u << 1,          // Opal not enabled
+  kLockedNoPassword = 1u << 2,  // enabled and locked, admin password not held
+  kNoPassword = 1u << 3,        // enabled, not locked, admin password not held
+  kRanges = 1u << 4,            // enabled, admin password held
+  kAreas = 1u << 5,             // the same, the drive handled as partitions
+};
+constexpr unsigned kPasswordHeld = kRanges | kAreas;
+constexpr unsigned kOwned = kLockedNoPassword | kNoPassword | kPasswordHeld;
+constexpr unsigned kEveryState = kNoOpal | kNotOwned | kOwned;
+
+MenuState StateOf(const DiskInfo& disk) {
+  if (disk.GetOPALVer() == 0) return kNoOpal;
+  if (!disk.GetOPALEnable()) return kNotOwned;
+  if (disk.GetAdmin1Pwd().empty()) return disk.GetOPALLocked() ? kLockedNoPassword : kNoPassword;
+  return disk.GetParted() ? kAreas : kRanges;
+}
+
+// One line of the menu: action number, its text, the states that offer it and
+// its screen, which returns true when the program is to end. An empty line
+// has the number kBlank and no screen.
+struct MenuEntry {
+  int number;
+  const char* text;
+  unsigned states;
+  bool (*screen)();
+};
+constexpr int kBlank = -1;
+constexpr MenuEntry Blank(unsigned states) { return {kBlank, "", states, nullptr}; }
+
+bool Exit() { return true; }
+
+template <void (*Screen)()>
+bool ThenMenu() {
+  Screen();
+  return false;
+}
+
+bool ShowAccessRights() {
+  GetAccessSetting();
+  PauseForKey();
+  return false;
+}
+
+// The whole menu in the order printed; a state offers the entries that name it.
+// A partitioned drive speaks of areas, has no address action (5) and has the
+// global range's action (12) instead.
+const MenuEntry kMenu[] = {
+    {0, "Exit", kEveryState, Exit},
+    {1, "Select Disk", kEveryState, ThenMenu<SelectDisk>},
+    {2, "Initial this OPAL Device and Set Admin Password (Enable OPAL)", kNotOwned, ThenMenu<EnableOPAL>},
+    {3, "Flash Lock", kNotOwned, FlashLockScreen},
+    Blank(kPasswordHeld),
+    {3, "Look up Logical Block Area", kAreas, ThenMenu<LockingRanges>},
+    {4, "Set State of Logical Block Area", kAreas, ThenMenu<SetStateofLR>},
+    {3, "Look up Locking Range", kRanges, ThenMenu<LockingRanges>},
+    {4, "Set State of Locking Range", kRanges, ThenMenu<SetStateofLR>},
+    {5, "Set Address of Locking Range", kRanges, ThenMenu<SetAddressofLR>},
+    Blank(kPasswordHeld),
+    {6, "Set User's Password", kPasswordHeld, ThenMenu<EnableUser>},
+    Blank(kPasswordHeld),
+    {7, "Check Access Right of Locking Range", kPasswordHeld, ShowAccessRights},
+    {8, "Set Previleges to Logical Block Area", kAreas, ThenMenu<SetAccessSetting_TCG>},
+    {9, "Remove All Users from Logical Block Area", kAreas, ThenMenu<RemoveUsers>},
+    Blank(kAreas),
+    {12, "Enable/Disble LockingRange 0 (global)", kAreas, ThenMenu<SpecialActionLR0>},
+    Blank(kAreas),
+    {8, "Set Previleges to Locking Range", kRanges, ThenMenu<SetAccessSetting_TCG>},
+    {9, "Remove All Users from Locking Range", kRanges, ThenMenu<RemoveUsers>},
+    Blank(kRanges),
+    {11, "Enter Admin1 / SID Password", kLockedNoPassword, ThenMenu<SetAdmin1SidPW>},
+    {11, "Set Admin1 / SID Password", kNoPassword, ThenMenu<SetAdmin1SidPW>},
+    {13, "Set MBR Enable or not", kPasswordHeld, ThenMenu<SetMBREnable>},
+    {14, "Set/Unset MBR", kPasswordHeld, ThenMenu<SetMBRDone>},
+    {15, "Load Pre-Boot Authorization Image", kPasswordHeld, ThenMenu<SetPBAFile>},
+    Blank(kPasswordHeld),
+    {16, "Disable OPAL (revert)", kPasswordHeld, ThenMenu<DisableOPAL>},
+    {17, "Erase All Data", kOwned, ThenMenu<EraseAllData>},
+    Blank(kOwned),
+};
+
+// The entries the selected drive's state offers, empty lines included, in
+// the order printed: the menu prints these and dispatches among them.
+std::vector<const MenuEntry*> OfferedEntries() {
+  const MenuState state = StateOf(*SelectedDisk);
+  std::vector<const MenuEntry*> offered;
+  for (const MenuEntry& entry : kMenu) {
+    if (entry.states & state) offered.push_back(&entry);
+  }
+  return offered;
+}
+
+// "   3.  Look up Locking Range", "   11. Set Admin1 / SID Password".
+std::string MenuLine(const MenuEntry& entry) {
+  if (entry.number == kBlank) return "";
+  std::string label = std::to_string(entry.number) + ".";
+  label.resize(4, ' ');
+  return "   " + label + entry.text;
+}
+
 // Runs the screen of an offered action; true when the program is to end.
 bool RunAction(int action) {
-  switch (action) {
-    case 0:
-      return true;
-    case 1:
-      SelectDisk();
-      break;
-    case 2:
-      EnableOPAL();
-      break;
-    case 3:
-      if (!SelectedDisk->GetOPALEnable()) return FlashLockScreen();
-      LockingRanges();
-      break;
-    case 4:
-      SetStateofLR();
-      break;
-    case 5:
-      SetAddressofLR();
-      break;
-    case 6:
-      EnableUser();
-      break;
-    case 7:
-      GetAccessSetting();
-      PauseForKey();
-      break;
-    case 8:
-      SetAccessSetting_TCG();
-      break;
-    case 9:
-      RemoveUsers();
-      break;
-    case 11:
-      SetAdmin1SidPW();
-      break;
-    case 12:
-      SpecialActionLR0();
-      break;
-    case 13:
-      SetMBREnable();
-      break;
-    case 14:
-      SetMBRDone();
-      break;
-    case 15:
-      SetPBAFile();
-      break;
-    case 16:
-      DisableOPAL();
-      break;
-    case 17:
-      EraseAllData();
-      break;
+  for (const MenuEntry* entry : OfferedEntries()) {
+    if (entry->number == action) return entry->screen();
   }
   return false;
 }
 
 }  // namespace
+
+void ShowMenu(std::vector<int>& choiceList) {
+  if (!ClearScreen()) return;
+  ShowBanner();
+  ShowDriveSummary(*SelectedDisk);
+  std::cout << '\n' << " Action:" << '\n';
+  for (const MenuEntry* entry : OfferedEntries()) {
+    std::cout << MenuLine(*entry) << '\n';
+    if (entry->number != kBlank) choiceList.push_back(entry->number);
+  }
+  std::cout << std::string(49, '-') << '\n';
+}
 
 int VeltrakMain() {
   ScanDisks();

@@ -13,10 +13,6 @@ extern std::vector<DiskInfo> DiskList;
 extern int DiskCount;
 extern DiskInfo* SelectedDisk;
 
-// Runs cmd and leaves its standard output in result; false, silently, when
-// the pipe cannot be opened.
-bool shellCmd(const std::string& cmd, std::string& result);
-
 // Rebuilds the drive list from the sedutil scan, keeping only drives whose
 // model begins with an accepted maker prefix, and selects the first one.
 void ScanDisks();
@@ -40,6 +36,7 @@ void ShowSpecLRs(std::vector<LockingRangeInfo> ranges);
 // brackets). Each works on SelectedDisk and ends with the pause.
 void LockingRanges();         // (3) refresh and show the ranges
 void SetStateofLR();          // (4) set a range's or area's protection mode
+void SetAddressofLR();        // (5) give a range a start and a length
 void SpecialActionLR0();      // (12) set the global range's protection mode
 void SetAccessSetting_TCG();  // (8) grant users the lock privilege on a range
 void RemoveUsers();           // (9) remove all users from ranges, one by one
@@ -51,6 +48,11 @@ void GetAccessSetting();
 // (2) Takes a drive not yet enabled into ownership with a typed password;
 // refuses a drive without Opal or one already enabled.
 void EnableOPAL();
+
+// (3 on a drive not yet enabled) Binds the drive to this machine: owner
+// password from the machine UUID, global range locked, flash pre-boot image
+// installed. -1 when declined; else 0, whatever the steps reported.
+int FlashLock();
 
 // The whole program: scan, then the menu loop until an exit. Returns the
 // process exit status: 0, or -1 when no drive was accepted.

@@ -2,14 +2,44 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
+#include <memory>
 
 namespace {
+
+// pclose waits for the child, so a pipe closed on every path leaves no child
+// behind, even when reading its output throws.
+struct PipeCloser {
+  void operator()(FILE* pipe) const { pclose(pipe); }
+};
+using Pipe = std::unique_ptr<FILE, PipeCloser>;
+
+// Runs cmd and leaves in result everything it wrote to standard output;
+// false when the pipe cannot be opened.
+bool ReadCommandOutput(const std::string& cmd, std::string& result) {
+  result.clear();
+  FlushOutput();
+  const Pipe pipe(popen(cmd.c_str(), "r"));
+  if (!pipe) return false;
+  // fread rather than fgets: a NUL byte in a tool's output must not cut a chunk.
+  char buffer[4096];
+  size_t got;
+  while ((got = std::fread(buffer, 1, sizeof buffer, pipe.get())) > 0) result.append(buffer, got);
+  return true;
+}
 
 class ShellRunner : public CommandRunner {
  public:
   std::string Run(const std::string& queryCmd) override {
     return GetExecutedResult((queryCmd + " 2>&1").c_str());
+  }
+  bool RunShell(const std::string& cmd, std::string& result) override {
+    return ReadCommandOutput(cmd, result);
+  }
+  bool Clear() override {
+    FlushOutput();
+    return std::system("clear") != -1;
   }
 };
 
@@ -23,19 +53,6 @@ void FlushOutput() {
   std::fflush(stdout);
 }
 
-bool ReadCommandOutput(const std::string& cmd, std::string& result) {
-  result.clear();
-  FlushOutput();
-  FILE* pipe = popen(cmd.c_str(), "r");
-  if (pipe == nullptr) return false;
-  // fread rather than fgets: a NUL byte in a tool's output must not cut a chunk.
-  char buffer[4096];
-  size_t got;
-  while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.append(buffer, got);
-  pclose(pipe);
-  return true;
-}
-
 std::string GetExecutedResult(const char* cmd) {
   std::string result;
   if (!ReadCommandOutput(cmd, result)) std::cout << "Open Fail" << std::endl;
@@ -45,6 +62,12 @@ std::string GetExecutedResult(const char* cmd) {
 std::stringstream GetCmdResponse(const std::string& queryCmd) {
   return std::stringstream(current_runner->Run(queryCmd), std::ios::in | std::ios::out);
 }
+
+bool shellCmd(const std::string& cmd, std::string& result) {
+  return current_runner->RunShell(cmd, result);
+}
+
+bool ClearScreen() { return current_runner->Clear(); }
 
 CommandRunner* SetCommandRunner(CommandRunner* runner) {
   CommandRunner* previous = current_runner;
@@ -71,8 +94,12 @@ std::vector<std::string> ParseItems(const std::string& sourceStr, const std::str
 
 void WaitForKey() {
   FlushOutput();
-  std::fgetc(stdin);
-  std::fgetc(stdin);
+  if (std::fgetc(stdin) == EOF || std::fgetc(stdin) == EOF) EndOfInput();
+}
+
+void EndOfInput() {
+  FlushOutput();
+  std::exit(0);
 }
 
 void PauseForKey() {

@@ -17,31 +17,48 @@ std::string GetExecutedResult(const char* cmd);
 // The tool's exit status is deliberately not available: callers judge text.
 std::stringstream GetCmdResponse(const std::string& queryCmd);
 
+// Runs cmd as it is, standard error left on the terminal, and leaves its
+// standard output in result; false, silently, when it could not be started.
+bool shellCmd(const std::string& cmd, std::string& result);
+
 // Splits sourceStr into its non-empty items at every whole occurrence of
 // delim; one delim is appended first so the tail becomes an item too.
 // delim must not be empty.
 std::vector<std::string> ParseItems(const std::string& sourceStr, const std::string& delim);
 
-// Runs cmd and leaves in result everything it wrote to standard output.
-// False, silently, only when the pipe cannot be opened.
-bool ReadCommandOutput(const std::string& cmd, std::string& result);
-
-// The seam between drive operations and the shell: GetCmdResponse hands every
-// tool command line (without the " 2>&1" suffix) to the installed runner.
+// The seam between the program and every child process it starts: tool
+// command lines, the flash lock's UUID command and the screen clear. The
+// installed runner gets each of them; tests install one that records them.
 class CommandRunner {
  public:
   virtual ~CommandRunner() = default;
-  // Returns the text the command line printed, standard error included.
+  // Runs a tool command line (given without the " 2>&1" suffix) and returns
+  // the text it printed, standard error included.
   virtual std::string Run(const std::string& queryCmd) = 0;
+  // Runs a shell command and leaves its standard output in result; its
+  // standard error stays on the terminal. False when it could not be started.
+  virtual bool RunShell(const std::string& cmd, std::string& result) = 0;
+  // Runs "clear", which writes straight to the terminal. False when the
+  // shell could not be started.
+  virtual bool Clear() = 0;
 };
 
-// Installs runner for GetCmdResponse (nullptr restores the shell) and returns
-// the one that was installed before.
+// Installs runner for every child process (nullptr restores the shell) and
+// returns the one that was installed before.
 CommandRunner* SetCommandRunner(CommandRunner* runner);
 
+// Clears the screen through the installed runner; false when that failed.
+bool ClearScreen();
+
 // Reads two characters: the first is normally the newline of the last answer
-// typed, the second waits for the operator's key.
+// typed, the second waits for the operator's key. The end of input among
+// them ends the program (EndOfInput).
 void WaitForKey();
+
+// Ends the program at once with status 0, after flushing what it printed.
+// Once standard input has ended or failed nothing is taken from it as an
+// answer, so nothing more is sent to any drive.
+[[noreturn]] void EndOfInput();
 
 // The pause that ends most screens: "\nEnter any key to continue...", then
 // WaitForKey.

@@ -49,7 +49,8 @@ TEST(DrivesimSession, VeltrakTakesADriveFromTheFactoryThroughEveryActionToPsidEr
   };
   for (const Step& step : steps) {
     SCOPED_TRACE(step.what);
-    const auto run = sim.Run("printf '" + step.keys + "' | PATH=\"$PWD/bin:$PATH\" timeout 20 " VELTRAK_BINARY);
+    const auto run = sim.Run("printf '" + step.keys +
+                             "' | PATH=\"$PWD/bin:$PATH\" timeout " VELTRAK_SESSION_LIMIT " " VELTRAK_BINARY);
     EXPECT_EQ(0, run.status) << run.output;
     EXPECT_FALSE(std::regex_search(run.output, std::regex("fail|error", std::regex::icase))) << run.output;
     EXPECT_EQ(step.shown, sim.Shown("/dev/sda", step.shown).output) << run.output;

@@ -75,6 +75,7 @@ TEST_F(Drivesim, RefusedCommandsPrintTheToolsErrorAndChangeNothing) {
        invalid + "Session start failed rc = 12\nOne or more header fields have 0 length\nEndSession Failed\n"},
       {"S --setupLockingRange 0 0 8 pw1 /dev/sda", 129, "global locking range cannot be changed\n"},
       {"S --loadPBAimage pw1 gone.img /dev/sda", 132, "Unable to open PBA image file gone.img\n"},
+      {"S --loadPBAimage pw1 . /dev/sda", 132, "Unable to open PBA image file .\n"},
       {"L --setLockingRange 0 Y Y pw1 /dev/sdb", 1, "Lantivo: the Locking SP of /dev/sdb is not activated\n"},
       {"L --setLockingRange 1 N N bad /dev/sda", 1, "Lantivo: Admin1 authentication failed on /dev/sda\n"},
       {"L --setLockingRange 9 Y Y pw1 /dev/sda", 1, "Lantivo: no locking range 9 (0 to 8)\n"},

@@ -1,7 +1,12 @@
-// Screens run in-process: the range tables' exact widths, and the wording
-// and bounds of partition mode, which no session can reach because nothing
-// in the program switches a drive into it.
+// Screens run in-process through the recording runner: the range tables'
+// exact widths; the wording and bounds of partition mode, which no session
+// can reach because nothing in the program switches a drive into it; the
+// flash lock's steps; the menu of every drive state.
 #include <gtest/gtest.h>
+
+#include <map>
+#include <regex>
+#include <set>
 
 #include "main.h"
 #include "recording_runner.h"
@@ -15,11 +20,11 @@ using Commands = std::vector<std::string>;
 struct Shown { std::string printed; Commands commands; };
 
 // Runs screen with input typed, the tool printing replies in turn, on the
-// selected drive /dev/sdb (password "pw"), handled as two partitions of prefix
-// unless prefix is empty.
+// selected drive /dev/sdb (password "pw", or a factory drive unless owned),
+// handled as two partitions of prefix unless prefix is empty.
 Shown RunScreen(const std::function<void()>& screen, const std::string& input, const Commands& replies = {},
-                const std::string& version = "2", const std::string& prefix = "/dev/sdb") {
-  DiskList = {OwnedDrive("/dev/sdb", "pw", version)};
+                const std::string& version = "2", const std::string& prefix = "/dev/sdb", bool owned = true) {
+  DiskList = {OwnedDrive("/dev/sdb", owned ? "pw" : "", version, owned)};
   SelectedDisk = &DiskList[0];
   SelectedDisk->Set2Parted(!prefix.empty());
   SelectedDisk->SetPrefixName(prefix);
@@ -123,10 +128,83 @@ TEST(ScreensTest, RangeTablesAndPartitionModeScreens) {
       {RemoveUsers, remove, "Wrong index choosen!!\n", {kListRanges}},
   };
   for (const Refusal& r : refusals) {
-    for (const std::string answer : {"0", "3", "x", "-1", ""}) {
-      const Shown shown = RunScreen(r.screen, answer.empty() ? "" : answer + "\n1\n1\n\n", {kRanges});
+    for (const std::string answer : {"0", "3", "x", "-1"}) {
+      const Shown shown = RunScreen(r.screen, answer + "\n1\n1\n\n", {kRanges});
       EXPECT_EQ(shown.printed, r.asked + r.refused + kPause) << answer;
       EXPECT_EQ(shown.commands, r.commands) << answer;
     }
   }
+}
+
+TEST(ScreensTest, FlashLockTakesItsPasswordFromTheLastUuidWordAndRunsEveryStepOnceConfirmed) {
+  const std::string uuid = "sudo dmidecode | grep -i uuid", asked = "Are you sure to flash lock(Y/N)?\n";
+  const std::string sed = "./sedutil-cli -n ", lan = "./Lantivo ", wait = "Please wait...   \n";
+  auto setup = [&](const std::string& password) { return sed + "--initialSetup " + password + " /dev/sdb"; };
+  struct Case { std::string input; Commands replies; int result; std::string printed; Commands commands; } cases[] = {
+      // Declined: only the UUID was read.
+      {"n\n", {"\tUUID: 0000-11\n"}, -1, asked, {uuid}},
+      {"yes\n", {"\tUUID: 0000-11\n"}, -1, asked, {uuid}},
+      // The last word of the last line, its final character (the newline)
+      // cut off, hyphens dropped; without a final newline a digit goes.
+      {"y\n", {"\tUUID: aaaa-1111\n\tUUID: bbbb-2222\n"}, 0, asked + wait, {uuid, setup("bbbb2222")}},
+      {"y\n", {"\tUUID: 4C4C4544-0042 \n"}, 0, asked + wait, {uuid, setup("")}},
+      {"y\n", {"UUID: ab-12"}, 0, asked + wait, {uuid, setup("ab1")}},
+      // A failed take-ownership leaves the drive not enabled: the later steps send nothing.
+      {"Y\n", {"", kWrongPasswordText + std::string("takeOwnership failed\n")}, 0,
+       asked + "Enable OPAL FAIL\n" + wait, {uuid, setup("")}},
+      // Once owned, every step runs, even after the global range failed to lock.
+      {"y\n", {"\tUUID: 0000-11\n", "takeOwnership complete\n", QueryText("/dev/sdb", false, true), "",
+               "LockingRange0 success\n", "NOT_AUTHORIZED\n", "MBRDone set off \n"}, 0,
+       asked + "Enable OPAL OK\nSetLockingRange Error\nMBRDone set off \n" + wait,
+       {uuid, setup("000011"), sed + "--query /dev/sdb", sed + "--listLockingRanges 000011 /dev/sdb",
+        lan + "--enableLockingRange 0 000011 RW /dev/sdb", lan + "--setLockingRange 0 Y Y 000011 /dev/sdb",
+        sed + "--setMBRDone OFF 000011 /dev/sdb", sed + "--loadPBAimage 000011 PBA_flash.img /dev/sdb",
+        sed + "--setMBRDone ON 000011 /dev/sdb"}},
+  };
+  for (const Case& c : cases) {
+    int result = 1;
+    const Shown shown = RunScreen([&] { result = FlashLock(); }, c.input, c.replies, "2", "", false);
+    EXPECT_EQ(result, c.result) << "case " << &c - cases;
+    EXPECT_EQ(shown.printed, c.printed) << "case " << &c - cases;
+    EXPECT_EQ(shown.commands, c.commands) << "case " << &c - cases;
+  }
+}
+
+// Every combination of the drive's flags: the numbers printed are those
+// accepted, none twice, and each state offers its own set.
+TEST(MenuTest, EachStateOffersItsNumbersOnceAndAcceptsWhatItPrints) {
+  const std::map<std::string, std::string> offers = {
+      {"no Opal", "0 1"}, {"not owned", "0 1 2 3"}, {"owned", "0 1 11 17"},
+      {"ranges", "0 1 3 4 5 6 7 8 9 13 14 15 16 17"}, {"areas", "0 1 3 4 6 7 8 9 12 13 14 15 16 17"}};
+  for (int flags = 0; flags < 32; ++flags) {
+    const bool opal = flags & 1, enabled = flags & 2, locked = flags & 4, password = flags & 8, parted = flags & 16;
+    DiskList = {OwnedDrive("/dev/sda", password ? "pw" : "", opal ? "2" : "No", enabled, locked)};
+    SelectedDisk = &DiskList[0];
+    SelectedDisk->Set2Parted(parted);
+    RecordingRunner runner;
+    std::vector<int> choiceList;
+    const std::string screen = Printed([&] { ShowMenu(choiceList); });
+    std::string printed, accepted;
+    static const std::regex kNumber("\n   ([0-9]+)\\. ");
+    for (std::sregex_iterator it(screen.begin(), screen.end(), kNumber), end; it != end; ++it)
+      printed += (printed.empty() ? "" : " ") + (*it)[1].str();
+    for (int number : choiceList) accepted += (accepted.empty() ? "" : " ") + std::to_string(number);
+    const char* state = !opal ? "no Opal" : !enabled ? "not owned" : !password ? "owned" : parted ? "areas" : "ranges";
+    EXPECT_EQ(accepted, offers.at(state)) << "flags " << flags;
+    EXPECT_EQ(printed, accepted) << "flags " << flags;
+    EXPECT_EQ(std::set<int>(choiceList.begin(), choiceList.end()).size(), choiceList.size()) << "flags " << flags;
+    EXPECT_EQ(runner.commands, Commands{"clear"});
+  }
+  // The last combination handles the drive as areas, which keep their own
+  // empty lines; a clear that cannot start shows and offers nothing.
+  RecordingRunner runner;
+  std::vector<int> choiceList;
+  EXPECT_NE(Printed([&] { ShowMenu(choiceList); }).find(
+                "   9.  Remove All Users from Logical Block Area\n\n   12. Enable/Disble LockingRange 0 (global)\n\n"
+                "   13. Set MBR Enable or not\n   14. Set/Unset MBR\n   15. Load Pre-Boot Authorization Image\n\n"
+                "   16. Disable OPAL (revert)\n   17. Erase All Data\n\n---"), std::string::npos);
+  runner.clears = false;
+  choiceList.clear();
+  EXPECT_EQ(Printed([&] { ShowMenu(choiceList); }), "");
+  EXPECT_TRUE(choiceList.empty());
 }

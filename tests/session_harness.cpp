@@ -101,8 +101,8 @@ void Session::WriteTools() const {
 void Session::Run(const std::string& input) {
   WriteTools();
   WriteFile(dir_ + "/.input", input);
-  const std::string command = "cd '" + dir_ + "' && PATH='" + dir_ + "/bin':\"$PATH\" timeout 20 '" +
-                              VELTRAK_BINARY + "' < .input > .screen 2>&1";
+  const std::string command = "cd '" + dir_ + "' && PATH='" + dir_ + "/bin':\"$PATH\" timeout " +
+                              VELTRAK_SESSION_LIMIT " '" VELTRAK_BINARY "' < .input > .screen 2>&1";
   const int status = std::system(command.c_str());
   exit_status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   screen = ReadFile(dir_ + "/.screen");

@@ -24,7 +24,7 @@ class Session {
 
   // Runs veltrak with input on standard input (through a pipe-free file),
   // filling screen (standard output and error) and exit_status. A session
-  // that runs over 20 seconds is killed and reports status 124.
+  // that hangs is killed and reports status 124.
   void Run(const std::string& input);
 
   // Every tool call in order, a line each: "<tool> <arguments joined by blanks>".

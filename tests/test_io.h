@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -37,6 +38,25 @@ class ScopedStdin {
  private:
   int saved_;
 };
+
+// The program ends itself at the end of input. In-process code that reached
+// it would end the test binary with status 0 as if its tests had passed, so
+// an exit before the tests are done fails instead.
+class PrematureExitGuard : public testing::Environment {
+ public:
+  void SetUp() override {
+    std::atexit([] {
+      if (done) return;
+      std::fputs("the tests ended before they were done: did code under test meet the end of input?\n", stderr);
+      std::_Exit(1);
+    });
+  }
+  void TearDown() override { done = true; }
+
+ private:
+  static inline bool done = false;
+};
+inline testing::Environment* const kPrematureExitGuard = testing::AddGlobalTestEnvironment(new PrematureExitGuard);
 
 // Runs code and returns everything it wrote to standard output.
 inline std::string Printed(const std::function<void()>& code) {

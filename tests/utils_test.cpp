@@ -41,4 +41,8 @@ TEST(CommandRunnerTest, CapturesOutputWholeAndFoldsStandardErrorIntoResponses) {
   std::stringstream response = GetCmdResponse("{ echo out; echo err >&2; printf last; }");
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(response), {}), "out\nerr\nlast");
   EXPECT_NE(GetCmdResponse("./no-such-tool --scan ").str().find("no-such-tool"), std::string::npos);
+  // The flash lock's UUID command keeps its standard error out of the result.
+  std::string uuid;
+  EXPECT_TRUE(shellCmd("echo err >&2; echo out", uuid));
+  EXPECT_EQ(uuid, "out\n");
 }

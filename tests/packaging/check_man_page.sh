@@ -4,7 +4,7 @@
 # version, and every menu line of the program and every file it reads has
 # its entry.
 #
-# usage: check_man_page.sh <man page> <version> <source with the menu lines>
+# usage: check_man_page.sh <man page> <version> <source with the menu table>
 # Exits 77 (skipped) when groff is not installed.
 set -u
 page=$1 version=$2 menu_source=$3
@@ -21,9 +21,12 @@ for section in NAME SYNOPSIS DESCRIPTION ACTIONS FILES "EXIT STATUS" SECURITY EX
 done
 
 # The menu lines as the program prints them ("   3.  Look up Locking Range"),
-# leading blanks dropped, each heading an entry; and the files it reads.
-entries=$(grep -o '"   [0-9][0-9]*\. [^"]*"' "$menu_source" | sed 's/^"   /"/' | sort -u)
-[ -n "$entries" ] || fail "no menu lines found in $menu_source"
+# leading blanks dropped, made from the rows of its menu table
+# ({3, "Look up Locking Range", ...}), each heading an entry; and the files
+# it reads.
+entries=$(sed -n 's/^ *{\([0-9][0-9]*\), "\([^"]*\)".*/\1 \2/p' "$menu_source" |
+  awk '{ label = $1 "."; sub(/^[0-9]+ /, ""); printf "\"%-4s%s\"\n", label, $0 }' | sort -u)
+[ -n "$entries" ] || fail "no menu table rows found in $menu_source"
 for file in ./sedutil\\-cli ./Lantivo ./PBA.img ./PBA_flash.img; do entries="$entries
 $file"; done
 printf '%s\n' "$entries" | while IFS= read -r entry; do

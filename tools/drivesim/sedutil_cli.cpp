@@ -3,6 +3,7 @@
 // or 136 for a bad command line or disk, as the real tool sets them.
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -316,7 +317,10 @@ int LoadPbaImage(Call& call) {
   Drive* drive = call.drive;
   const std::string& file = call.operands[1];
   std::ifstream image(file, std::ios::binary | std::ios::ate);
-  if (!image) {
+  // A directory opens as a stream whose end lies at 2^63 - 1: only a regular
+  // file (or a link to one) is an image.
+  std::error_code not_a_file;
+  if (!image || !std::filesystem::is_regular_file(file, not_a_file)) {
     std::cerr << "Unable to open PBA image file " << file << "\n";
     return kImageMissing;
   }

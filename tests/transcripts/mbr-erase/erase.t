@@ -36,8 +36,6 @@ y
 XQJ
 N
 
-17
-XQJ
 --- screen
 /dev/sda	KVX 480GB	SBFK71F3		2
 [menu /dev/sda: 0 1 11 17]
@@ -68,9 +66,6 @@ Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
 Please enter your PSID (w/o space): Your PSID is: 80213657490812736459018273645091
 Are you sure this is your PSID? (Y/N): 
 Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
-Please enter your PSID (w/o space): Your PSID is: 80213657490812736459018273645091
-Are you sure this is your PSID? (Y/N): 
-Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
 --- calls
 sedutil-cli -n --scan
 sedutil-cli -n --query /dev/sda
@@ -79,7 +74,6 @@ sedutil-cli -n --query /dev/sda
 sedutil-cli -n --yesIreallywanttoERASEALLmydatausingthePSID 80213657490812736459018273645091 /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --yesIreallywanttoERASEALLmydatausingthePSID ABCDEFGHIJKLMNOPQRSTUVWXYZ012345 /dev/sda
-sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda

@@ -1,5 +1,5 @@
-# Action 14 sets MBR done only for Y or y; N, n, x, yes and input that ends
-# clear it. The tool's output is echoed.
+# Action 14 sets MBR done only for Y or y; N, n, x and yes clear it. The
+# tool's output is echoed.
 --- use owned
 --- tool sedutil-cli -n --setMBRDone *
 MBRDone set 
@@ -26,15 +26,11 @@ x
 14
 yes
 
-14
 --- screen
 /dev/sda	KVX 480GB	SBFK71F3		2
 [menu /dev/sda: 0 1 11 17]
 Please enter your admin password (w/o space): Your password is: pw
 Are you sure this is your admin password? (Y/N): Password correct
-
-Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
-SetMBRDone ON(Y)  or  OFF(N) ?  MBRDone set 
 
 Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
 SetMBRDone ON(Y)  or  OFF(N) ?  MBRDone set 
@@ -63,8 +59,6 @@ sedutil-cli -n --query /dev/sda
 sedutil-cli -n --setMBRDone ON pw /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --setMBRDone ON pw /dev/sda
-sedutil-cli -n --query /dev/sda
-sedutil-cli -n --setMBRDone OFF pw /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --setMBRDone OFF pw /dev/sda
 sedutil-cli -n --query /dev/sda

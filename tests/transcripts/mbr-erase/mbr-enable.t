@@ -1,5 +1,5 @@
-# Action 13 turns the shadow MBR on only for Y or y; N, n, x, yes and input
-# that ends turn it off. The tool's output is not shown.
+# Action 13 turns the shadow MBR on only for Y or y; N, n, x and yes turn it
+# off. The tool's output is not shown.
 --- use owned
 --- tool sedutil-cli -n --setMBREnable *
 MBRDone set on 
@@ -27,15 +27,12 @@ x
 13
 yes
 
-13
 --- screen
 /dev/sda	KVX 480GB	SBFK71F3		2
 [menu /dev/sda: 0 1 11 17]
 Please enter your admin password (w/o space): Your password is: pw
 Are you sure this is your admin password? (Y/N): Password correct
 
-Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
-Enable(Y) or Disable(N) ?  
 Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
 Enable(Y) or Disable(N) ?  
 Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
@@ -57,8 +54,6 @@ sedutil-cli -n --query /dev/sda
 sedutil-cli -n --setMBREnable ON pw /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --setMBREnable ON pw /dev/sda
-sedutil-cli -n --query /dev/sda
-sedutil-cli -n --setMBREnable OFF pw /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --setMBREnable OFF pw /dev/sda
 sedutil-cli -n --query /dev/sda

@@ -1,5 +1,5 @@
 # Action 16 runs its three commands only after Y or y, and reports success
-# whatever the tool said; n, N, yes and input that ends run nothing.
+# whatever the tool said; n, N and yes run nothing.
 --- use owned
 --- tool sedutil-cli -n --revertTPer *
 method status code NOT_AUTHORIZED
@@ -26,7 +26,6 @@ N
 16
 yes
 
-16
 --- screen
 /dev/sda	KVX 480GB	SBFK71F3		2
 [menu /dev/sda: 0 1 11 17]
@@ -46,8 +45,6 @@ Are you sure to disable? (Y/N):
 Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
 Are you sure to disable? (Y/N): 
 Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
-Are you sure to disable? (Y/N): 
-Enter any key to continue...[menu /dev/sda: 0 1 3 4 5 6 7 8 9 13 14 15 16 17]
 --- calls
 sedutil-cli -n --scan
 sedutil-cli -n --query /dev/sda
@@ -60,7 +57,6 @@ sedutil-cli -n --query /dev/sda
 sedutil-cli -n --disableLockingRange 0 pw /dev/sda
 sedutil-cli -n --revertNoErase pw /dev/sda
 sedutil-cli -n --revertTPer pw /dev/sda
-sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda

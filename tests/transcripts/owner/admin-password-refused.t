@@ -1,6 +1,5 @@
 # A password that the range listing refuses is reported and forgotten; an
-# answer other than Y or y, or input ending at the question, checks nothing.
-# Each time 11 is offered again.
+# answer other than Y or y checks nothing. Each time 11 is offered again.
 --- tool sedutil-cli -n --listLockingRanges bad /dev/sda
 Locking Range Configuration for /dev/sda
 LR0 Begin 0 for 0
@@ -23,8 +22,6 @@ n
 pw
 yes
 
-11
-pw
 --- screen
 /dev/sda	KVX 480GB	SBFK71F3		2
 [menu /dev/sda: 0 1 11 17]
@@ -38,14 +35,10 @@ Enter any key to continue...[menu /dev/sda: 0 1 11 17]
 Please enter your admin password (w/o space): Your password is: pw
 Are you sure this is your admin password? (Y/N): 
 Enter any key to continue...[menu /dev/sda: 0 1 11 17]
-Please enter your admin password (w/o space): Your password is: pw
-Are you sure this is your admin password? (Y/N): 
-Enter any key to continue...[menu /dev/sda: 0 1 11 17]
 --- calls
 sedutil-cli -n --scan
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --listLockingRanges bad /dev/sda
-sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda
 sedutil-cli -n --query /dev/sda

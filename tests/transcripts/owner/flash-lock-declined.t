@@ -1,5 +1,5 @@
-# A flash lock answered with anything but Y or y (n, N, yes, Yy, end of
-# input) runs only the UUID lookup and goes back to the menu after the pause.
+# A declined flash lock runs only the UUID lookup and goes back to the menu
+# after the pause.
 --- use factory
 --- tool sudo dmidecode
 	UUID: 0000-11
@@ -7,44 +7,14 @@
 3
 n
 
-3
-N
-
-3
-yes
-
-3
-Yy
-
-3
 --- screen
 /dev/sda	KVX 480GB	SBFK71F3		2
 [menu /dev/sda: 0 1 2 3]
 Are you sure to flash lock(Y/N)?
 
 Enter any key to continue...[menu /dev/sda: 0 1 2 3]
-Are you sure to flash lock(Y/N)?
-
-Enter any key to continue...[menu /dev/sda: 0 1 2 3]
-Are you sure to flash lock(Y/N)?
-
-Enter any key to continue...[menu /dev/sda: 0 1 2 3]
-Are you sure to flash lock(Y/N)?
-
-Enter any key to continue...[menu /dev/sda: 0 1 2 3]
-Are you sure to flash lock(Y/N)?
-
-Enter any key to continue...[menu /dev/sda: 0 1 2 3]
 --- calls
 sedutil-cli -n --scan
-sedutil-cli -n --query /dev/sda
-sudo dmidecode
-sedutil-cli -n --query /dev/sda
-sudo dmidecode
-sedutil-cli -n --query /dev/sda
-sudo dmidecode
-sedutil-cli -n --query /dev/sda
-sudo dmidecode
 sedutil-cli -n --query /dev/sda
 sudo dmidecode
 sedutil-cli -n --query /dev/sda
