@@ -46,23 +46,24 @@ clean: clean-package
 clean-package:
 	rm -rf $(PKG_DIR)
 
-# `make demo` starts Veltrak in $(DEMO_DIR) on simulated drives, kept as the
-# last run left them; `make demo-reset` puts the demo's drives back. Only the
-# program and the simulator are built for it.
+# `make demo` starts Veltrak in $(DEMO_DIR) on emulated drives, kept as the
+# last run left them; `make demo-reset` makes the demo's drives anew. Only the
+# program, its drive tools and the emulated drive are built for it.
 DEMO_DIR ?= demo
 
-.PHONY: demo demo-reset demo-dir
+.PHONY: demo demo-reset demo-build
 
-demo-dir:
+demo-build:
 	$(CONFIGURE)
-	cmake --build $(BUILD_DIR) -j$(JOBS) --target veltrak drivesim
+	cmake --build $(BUILD_DIR) -j$(JOBS) --target veltrak veltrak-opal opalsim opalsim_preload
+
+demo: demo-build
 	tools/demo/prepare.sh $(DEMO_DIR) $(BUILD_DIR)
+	tools/demo/run.sh $(DEMO_DIR) $(BUILD_DIR) $(abspath $(BUILD_DIR))/veltrak
 
-demo: demo-dir
-	cd $(DEMO_DIR) && PATH="$(abspath $(DEMO_DIR))/bin:$$PATH" $(abspath $(BUILD_DIR))/veltrak
-
-demo-reset: demo-dir
-	cd $(DEMO_DIR) && ./drivesim reset
+demo-reset: demo-build
+	tools/demo/world.sh $(DEMO_DIR) $(BUILD_DIR)
+	tools/demo/prepare.sh $(DEMO_DIR) $(BUILD_DIR)
 
 # `make fuzz` builds the libFuzzer targets with clang in $(FUZZ_DIR) and runs
 # each on $(FUZZ_RUNS) inputs from the seed corpus in fuzz/corpus/.
