@@ -1,10 +1,13 @@
 #include "emulator.h"
 
+#include <fcntl.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "ata.h"
@@ -50,6 +53,27 @@ opal::Bytes AtaAborted() {
 }
 
 }  // namespace
+
+Emulator::Emulator(std::string statePath) : state_(std::move(statePath)) {
+  const char* trace = std::getenv("OPALSIM_TRACE");
+  if (trace != nullptr) trace_ = trace;
+}
+
+void Emulator::Trace(const char* direction, const std::string& node, uint8_t protocol, uint16_t comId,
+                     size_t transfer) {
+  if (trace_.empty()) return;
+  char line[160];
+  const int size = std::snprintf(line, sizeof line, "%s %s protocol %u comid 0x%04x length %zu\n", direction,
+                                 node.c_str(), protocol, comId, transfer);
+  if (size <= 0) return;
+  if (static_cast<size_t>(size) >= sizeof line) line[sizeof line - 2] = '\n';
+  // One append per line: the processes of a session share the file.
+  const int fd = open(trace_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+  if (fd < 0) return;
+  const size_t length = std::min<size_t>(static_cast<size_t>(size), sizeof line - 1);
+  if (write(fd, line, length) < 0) Report("cannot write the trace " + trace_);
+  close(fd);
+}
 
 void Emulator::Report(const std::string& message) {
   if (message == reported_) return;
@@ -139,6 +163,7 @@ uint64_t Emulator::Bytes(const std::string& path) {
 
 bool Emulator::Send(const std::string& path, uint8_t protocol, uint16_t comId, const opal::Bytes& data) {
   const std::string node = DriveNode(path);
+  Trace("IF-SEND", node, protocol, comId, data.size());
   bool served = false;
   opal::Status saved = state_.Update([&](World& world) {
     Drive* drive = world.Find(node);
@@ -156,6 +181,7 @@ bool Emulator::Send(const std::string& path, uint8_t protocol, uint16_t comId, c
 
 bool Emulator::Receive(const std::string& path, uint8_t protocol, uint16_t comId, size_t length, opal::Bytes& out) {
   const std::string node = DriveNode(path);
+  Trace("IF-RECV", node, protocol, comId, length);
   const Drive* drive = Current().Find(node);
   return drive != nullptr && TperReceive(*drive, connections_[node], protocol, comId, length, out);
 }

@@ -23,7 +23,9 @@ namespace opalsim {
 
 class Emulator {
  public:
-  explicit Emulator(std::string statePath) : state_(std::move(statePath)) {}
+  // OPALSIM_TRACE, when set, names a file that gets one line per IF-SEND
+  // and IF-RECV, so that a benchmark can count a program's round trips.
+  explicit Emulator(std::string statePath);
 
   // The kind of emulated node at path; kNone when no emulated drive has it.
   NodeKind Lookup(const std::string& path);
@@ -51,6 +53,7 @@ class Emulator {
   bool Send(const std::string& path, uint8_t protocol, uint16_t comId, const opal::Bytes& data);
   bool Receive(const std::string& path, uint8_t protocol, uint16_t comId, size_t length, opal::Bytes& out);
   void Report(const std::string& message);
+  void Trace(const char* direction, const std::string& node, uint8_t protocol, uint16_t comId, size_t length);
 
   std::recursive_mutex mutex_;
   StateFile state_;
@@ -58,6 +61,7 @@ class Emulator {
   struct stat seen_ {};
   std::map<std::string, Connection> connections_;
   std::string reported_;
+  std::string trace_;  // empty: no trace
 };
 
 }  // namespace opalsim
