@@ -37,8 +37,14 @@ bool IsAuthorityRow(const Drive& drive, Uid sp, Uid uid) {
          IsOneOf(uid, kUser1, drive.userCount);
 }
 
+// Listing a Locking SP table's rows (Next) is for its administrators.
+bool IsListedTable(Uid object) {
+  return object == kAuthorityTable || object == kCpinTable || object == kLockingTable || object == kAceTable;
+}
+
 std::vector<Grant> LockingSpAcl(const Drive& drive, Uid object, Uid method) {
   const bool get = method == kMethodGet, set = method == kMethodSet;
+  if (IsListedTable(object)) return method == kMethodNext ? std::vector<Grant>{{kAceAdmin, kAll}} : std::vector<Grant>{};
   if (object == kThisSp) {
     if (method == kMethodRevertSp) return {{kAceAdmin, kAll}};
     if (method == kMethodAuthenticate || method == kMethodRandom) return {{kAceAnybody, kAll}};
@@ -88,6 +94,8 @@ std::vector<Grant> LockingSpAcl(const Drive& drive, Uid object, Uid method) {
 
 std::vector<Grant> AdminSpAcl(const Drive& drive, Uid object, Uid method) {
   const bool get = method == kMethodGet, set = method == kMethodSet;
+  // The Admin SP's rows are readable by anybody, and so is their list.
+  if (IsListedTable(object)) return method == kMethodNext ? std::vector<Grant>{{kAceAnybody, kAll}} : std::vector<Grant>{};
   if (object == kThisSp) {
     return method == kMethodAuthenticate || method == kMethodRandom ? std::vector<Grant>{{kAceAnybody, kAll}}
                                                                     : std::vector<Grant>{};

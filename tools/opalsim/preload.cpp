@@ -47,6 +47,8 @@ F Real(F& cached, const char* name) {
 using OpenFn = int (*)(const char*, int, ...);
 using OpenatFn = int (*)(int, const char*, int, ...);
 using CloseFn = int (*)(int);
+using Dup2Fn = int (*)(int, int);
+using Dup3Fn = int (*)(int, int, int);
 using IoctlFn = int (*)(int, unsigned long, ...);
 using AccessFn = int (*)(const char*, int);
 using FopenFn = FILE* (*)(const char*, const char*);
@@ -71,6 +73,8 @@ using Fxstat64Fn = int (*)(int, int, struct stat64*);
 OpenFn real_open, real_open64, real___open_2, real___open64_2;
 OpenatFn real_openat, real_openat64;
 CloseFn real_close;
+Dup2Fn real_dup2;
+Dup3Fn real_dup3;
 IoctlFn real_ioctl;
 AccessFn real_access;
 FopenFn real_fopen, real_fopen64;
@@ -141,6 +145,17 @@ bool IsAllowTpm(const char* path) {
   return path != nullptr && std::strcmp(path, kAllowTpmPath) == 0 && TheShim().emulator != nullptr;
 }
 
+// A pointer the C library declares never null may still be null in a
+// caller that breaks that promise; the real function then decides.
+bool IsNull(const void* pointer) { return pointer == nullptr; }
+
+// Whether dir is a listing of /dev that gains the emulated nodes.
+bool Listed(DIR* dir) {
+  Shim& shim = TheShim();
+  std::lock_guard<std::mutex> lock(shim.mutex);
+  return shim.listings.count(dir) > 0;
+}
+
 // The emulated device behind a descriptor; empty for any other.
 std::string DeviceOf(int fd) {
   if (fd < 0) return "";
@@ -149,6 +164,13 @@ std::string DeviceOf(int fd) {
   std::lock_guard<std::mutex> lock(shim.mutex);
   auto found = shim.devices.find(fd);
   return found == shim.devices.end() ? "" : found->second;
+}
+
+void Forget(int fd) {
+  Shim& shim = TheShim();
+  if (shim.emulator == nullptr || fd < 0) return;
+  std::lock_guard<std::mutex> lock(shim.mutex);
+  shim.devices.erase(fd);
 }
 
 int OpenDevice(const char* path, int flags) {
@@ -252,12 +274,19 @@ int openat64(int dirfd, const char* path, int flags, ...) {
 }
 
 int close(int fd) {
-  Shim& shim = TheShim();
-  if (shim.emulator != nullptr && fd >= 0) {
-    std::lock_guard<std::mutex> lock(shim.mutex);
-    shim.devices.erase(fd);
-  }
+  Forget(fd);
   return REAL(close)(fd);
+}
+
+// A descriptor replaced by dup2 or dup3 is no longer the device.
+int dup2(int fd, int target) {
+  Forget(target);
+  return REAL(dup2)(fd, target);
+}
+
+int dup3(int fd, int target, int flags) {
+  Forget(target);
+  return REAL(dup3)(fd, target, flags);
 }
 
 int access(const char* path, int mode) {
@@ -328,26 +357,30 @@ namespace {
 template <typename Entry, typename Fetch>
 Entry* NextEntry(DIR* dir, Fetch fetch, Entry Shim::Listing::*slot) {
   Shim& shim = TheShim();
-  if (shim.emulator == nullptr) return fetch(dir);
-  std::unique_lock<std::mutex> lock(shim.mutex);
-  auto listing = shim.listings.find(dir);
-  if (listing == shim.listings.end()) {
-    lock.unlock();
-    return fetch(dir);
-  }
-  std::vector<std::string>& names = listing->second.names;
+  if (shim.emulator == nullptr || !Listed(dir)) return fetch(dir);
+  // The emulator is asked with the shim's lock released: it opens and closes
+  // the state file, and close() comes back through this library.
   for (Entry* real; (real = fetch(dir)) != nullptr;) {
     const std::string name = real->d_name;
-    names.erase(std::remove(names.begin(), names.end(), name), names.end());
-    if (!shim.emulator->Hides("/dev/" + name)) return real;
+    const bool hidden = shim.emulator->Hides("/dev/" + name);
+    std::lock_guard<std::mutex> lock(shim.mutex);
+    auto listing = shim.listings.find(dir);
+    if (listing != shim.listings.end()) {
+      std::vector<std::string>& names = listing->second.names;
+      names.erase(std::remove(names.begin(), names.end(), name), names.end());
+    }
+    if (!hidden) return real;
   }
-  if (names.empty()) return nullptr;
+  std::lock_guard<std::mutex> lock(shim.mutex);
+  auto listing = shim.listings.find(dir);
+  if (listing == shim.listings.end() || listing->second.names.empty()) return nullptr;
+  std::vector<std::string>& names = listing->second.names;
   Entry& entry = listing->second.*slot;
   entry = Entry{};
   entry.d_ino = 0x0AA10000 + names.size();
   entry.d_reclen = sizeof(Entry);
   const std::string& name = names.front();
-  entry.d_type = name.rfind("sd", 0) == 0 ? DT_BLK : DT_CHR;
+  entry.d_type = name.rfind("nvme", 0) == 0 && name.find('n', 4) == std::string::npos ? DT_CHR : DT_BLK;
   std::snprintf(entry.d_name, sizeof entry.d_name, "%s", name.c_str());
   names.erase(names.begin());
   return &entry;
@@ -427,7 +460,7 @@ int statx(int dirfd, const char* path, int flags, unsigned int mask, struct stat
   std::string device;
   if (Emulated(path) != NodeKind::kNone) {
     device = path;
-  } else if ((flags & AT_EMPTY_PATH) && *path == '\0') {
+  } else if ((flags & AT_EMPTY_PATH) && !IsNull(path) && *path == '\0') {
     device = DeviceOf(dirfd);
   }
   if (device.empty() && Hidden(path)) return NoSuchFile();

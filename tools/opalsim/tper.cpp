@@ -330,8 +330,8 @@ class Methods {
     if (!Exists(drive_, session_.sp, object)) return Refuse(MethodStatus::kInvalidParameter);
     if (method == kMethodGet) return Get(object, call.arguments);
     if (method == kMethodSet) return Set(object, call.arguments);
-    if (method == kMethodNext) return Next(object, call.arguments);
     if (!Permits(drive_, session_.sp, Authorities(), object, method)) return Refuse(MethodStatus::kNotAuthorized);
+    if (method == kMethodNext) return Next(object, call.arguments);
     const bool changes = method == kMethodActivate || method == kMethodRevert || method == kMethodRevertSp ||
                          method == kMethodGenKey;
     if (changes && !session_.write) return Refuse(MethodStatus::kNotAuthorized);
@@ -559,10 +559,6 @@ class Tper {
       : drive_(drive), connection_(connection), mbrPath_(mbrPath) {}
 
   void Receive(const Bytes& data) {
-    // Whatever was not fetched is superseded: only the answer to this
-    // ComPacket (or nothing) is pending now.
-    connection_.pending.clear();
-    connection_.hasPending = false;
     Result<ComPacket> packet = Unframe(data);
     if (!packet || packet->empty || packet->comId != kBaseComId) {
       // Nothing to route the answer by: a bare error status.
@@ -709,6 +705,10 @@ Discovery DiscoveryOf(const Drive& drive) {
 bool TperSend(Drive& drive, Connection& connection, const std::string& mbrPath, uint8_t protocol, uint16_t comId,
               const Bytes& data) {
   if (!drive.opal || protocol != kProtocolTcg) return false;
+  // Whatever was not fetched is superseded: only the answer to this
+  // ComPacket (or nothing) is pending now.
+  connection.pending.clear();
+  connection.hasPending = false;
   if (comId != kBaseComId) return true;  // not a ComID of this drive: nothing comes of it
   Tper(drive, connection, mbrPath).Receive(data);
   return true;
