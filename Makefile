@@ -83,8 +83,9 @@ clean-fuzz:
 	rm -rf $(FUZZ_DIR)
 
 # `make bench` builds the benchmarks in $(BENCH_DIR) (needs libbenchmark-dev)
-# and runs them: the parsers on outputs of 10 to 100 000 lines, then a whole
-# session beside the bare command lines (bench/README.md).
+# and runs them: the parsers on outputs of 10 to 100 000 lines, a whole
+# session on emulated drives beside the bare command lines, each tool command
+# with its round trips, and the emulated drive itself (bench/README.md).
 BENCH_DIR  ?= build-bench
 BENCH_RUNS ?= 30
 
@@ -92,9 +93,12 @@ BENCH_RUNS ?= 30
 
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRAK_BENCH=ON -DVELTRAK_TESTS=OFF
-	cmake --build $(BENCH_DIR) -j$(JOBS) --target veltrak drivesim parsers_bench measure popen_replay
+	cmake --build $(BENCH_DIR) -j$(JOBS) --target veltrak veltrak-opal opalsim opalsim_preload parsers_bench \
+	  measure popen_replay opal_bench opal_probe
 	$(BENCH_DIR)/bench/parsers_bench
 	bench/session_bench.sh $(BENCH_DIR) $(BENCH_RUNS)
+	bench/tools_bench.sh $(BENCH_DIR) $(BENCH_RUNS)
+	bench/drive_bench.sh $(BENCH_DIR)
 
 clean: clean-bench
 
