@@ -33,7 +33,7 @@ AllowTpm ReadAllowTpm() {
   if (file == nullptr) return AllowTpm::kUnreadable;
   const int first = std::fgetc(file);
   std::fclose(file);
-  if (first == EOF) return AllowTpm::kUnreadable;
+  // A file that opens but is empty is read as the flag not set, as sedutil reads it.
   return first == '1' ? AllowTpm::kSet : AllowTpm::kNotSet;
 }
 

@@ -35,6 +35,15 @@ const std::vector<std::string> kMissingDevice = {"You do not have permission to 
                                                  "Perhaps you might try sudo to run as root",
                                                  "Invalid or unsupported disk /dev/sdz"};
 
+const std::vector<std::string> kFlagNotSet = {"The Kernel flag libata.allow_tpm is not set correctly",
+                                              "Please see the readme note about setting the libata.allow_tpm "};
+const std::vector<std::string> kFlagUnreadable = {"Unable to verify Kernel flag libata.allow_tpm "};
+std::vector<std::string> Twice(const std::vector<std::string>& lines) {
+  std::vector<std::string> both = lines;
+  both.insert(both.end(), lines.begin(), lines.end());
+  return both;
+}
+
 opalsim::Range& R(Bench& b, unsigned n) { return b.Drive().ranges[n]; }
 std::string Pin(const opalsim::Credential& c) { return std::string(c.pin.begin(), c.pin.end()); }
 
@@ -324,6 +333,43 @@ const ToolCase kCases[] = {
       "MBRDone set on ", "MBRDone set on ", "MBREnable set on ", "Initial setup of TPer complete on /dev/nvme0"},
      {}, 0, [](Bench& b) { EXPECT_TRUE(b.Drive(kNvme).LockingActive()); }},
 
+    // --- the host's libata flag: a warning each time a SATA drive identifies ---------
+    {"FlagNotSetWarnsForBothOpensOfADrive",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.allowTpm = opal::AllowTpm::kNotSet;
+     },
+     Sedutil({"--revertTPer", kPassword, kSda}), {"revertTper completed successfully"}, Twice(kFlagNotSet), 0, nullptr},
+    {"FlagUnreadableWarnsForBothOpensOfADrive",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.allowTpm = opal::AllowTpm::kUnreadable;
+     },
+     Sedutil({"--revertTPer", kPassword, kSda}), {"revertTper completed successfully"}, Twice(kFlagUnreadable), 0,
+     nullptr},
+    {"FlagNotSetIsNoMatterOnNvme",
+     [](Bench& b) {
+       Own(b.Drive(kNvme));
+       b.allowTpm = opal::AllowTpm::kNotSet;
+     },
+     Sedutil({"--revertTPer", kPassword, kNvme}), {"revertTper completed successfully"}, {}, 0, nullptr},
+    {"FlagNotSetWarnsOnceForADriveWithoutOpal",
+     [](Bench& b) {
+       NoOpal(b);
+       b.allowTpm = opal::AllowTpm::kNotSet;
+     },
+     Sedutil({"--query", kSda}), {}, Then(kFlagNotSet, "Invalid or unsupported disk /dev/sda"), 136, nullptr},
+    {"FlagNotSetWarnsOncePerSataDriveOfAScan",
+     [](Bench& b) {
+       b.world.drives.push_back(opalsim::NewDrive("/dev/sdb", "Other HDD", "CC45", kSdaPsid, 8, false));
+       b.allowTpm = opal::AllowTpm::kNotSet;
+     },
+     Sedutil({"--scan"}),
+     {"Scanning for Opal compliant disks", "/dev/nvme0  2  ZEP NV2000 1TB                           2B2QEXM7",
+      "/dev/sda    2  KVX 480GB                                SBFK71F3",
+      "/dev/sdb   No  Other HDD                                CC45    ", "No more disks present ending scan"},
+     Twice(kFlagNotSet), 0, nullptr},
+
     // --- the command line itself ---------------------------------------------------------
     {"CommandNamesIgnoreCase", Owned, Sedutil({"--ENABLELOCKINGRANGE", "3", kPassword, kSda}),
      {"LockingRange3 enabled ReadLocking,WriteLocking"}, {}, 0, nullptr},
@@ -366,32 +412,6 @@ TEST(SedutilToolUsage, EverythingButDashNAndACommandIsAUsageError) {
     ASSERT_FALSE(ran.err.empty());
     EXPECT_EQ(0u, ran.err[0].find("usage: sedutil-cli -n")) << ran.err[0];
     EXPECT_EQ(0, ran.traffic.receives) << "no device may be touched";
-  }
-}
-
-// The host's libata flag: sedutil warns before anything else on SATA, and
-// not at all on NVMe.
-TEST(SedutilToolAllowTpm, WarnsOncePerCommandOnSataOnly) {
-  struct Row {
-    opal::AllowTpm flag;
-    const char* device;
-    std::vector<std::string> warning;
-  };
-  const Row rows[] = {
-      {opal::AllowTpm::kNotSet, kSda,
-       {"The Kernel flag libata.allow_tpm is not set correctly",
-        "Please see the readme note about setting the libata.allow_tpm "}},
-      {opal::AllowTpm::kUnreadable, kSda, {"Unable to verify Kernel flag libata.allow_tpm "}},
-      {opal::AllowTpm::kNotSet, kNvme, {}},
-      {opal::AllowTpm::kSet, kSda, {}},
-  };
-  for (const Row& row : rows) {
-    Bench bench;
-    Own(bench.Drive(row.device));
-    bench.allowTpm = row.flag;
-    Ran ran = bench.Run(Sedutil({"--revertTPer", kPassword, row.device}));
-    EXPECT_EQ(row.warning, ran.err) << row.device;
-    EXPECT_EQ(std::vector<std::string>{"revertTper completed successfully"}, ran.out);
   }
 }
 

@@ -29,7 +29,6 @@ struct Call {
   Environment& env;
   std::string typed;  // the command as typed, e.g. "--setLockingRange"
   std::vector<std::string> operands;
-  bool warnedAllowTpm = false;
 };
 
 void Out(Call& call, const std::string& line) { Line(call.env.out, line); }
@@ -80,10 +79,9 @@ std::optional<unsigned> RangeOperand(Call& call, const std::string& typed) {
 
 // --- Device and sessions -----------------------------------------------------------
 
-// sedutil's warnings about the libata flag, printed once per command.
+// sedutil's warnings about the libata flag, printed each time it identifies
+// a SATA device.
 void WarnAllowTpm(Call& call) {
-  if (call.warnedAllowTpm) return;
-  call.warnedAllowTpm = true;
   switch (call.env.allowTpm()) {
     case opal::AllowTpm::kSet: break;
     case opal::AllowTpm::kUnreadable: Err(call, "Unable to verify Kernel flag libata.allow_tpm "); break;
@@ -99,7 +97,11 @@ void WarnAllowTpm(Call& call) {
 std::unique_ptr<Drive> Prologue(Call& call, const std::string& path) {
   Opened opened = OpenDrive(call.env, path);
   if (opened.drive && opened.drive->IsSata()) WarnAllowTpm(call);
-  if (opened.problem == OpenProblem::kNone) return std::move(opened.drive);
+  if (opened.problem == OpenProblem::kNone) {
+    // sedutil opens and identifies an Opal drive once more before the command.
+    if (opened.drive->IsSata()) WarnAllowTpm(call);
+    return std::move(opened.drive);
+  }
   if (opened.problem == OpenProblem::kUnknownKind) Err(call, "DtaDevOS::init ERROR - unknown drive type");
   if (opened.problem == OpenProblem::kCannotOpen) {
     Err(call, "You do not have permission to access the raw disk in write mode");
