@@ -369,6 +369,16 @@ const ToolCase kCases[] = {
       "/dev/sda    2  KVX 480GB                                SBFK71F3",
       "/dev/sdb   No  Other HDD                                CC45    ", "No more disks present ending scan"},
      Twice(kFlagNotSet), 0, nullptr},
+    {"ScanLinesComeAfterEveryWarningWhenFolded",
+     [](Bench& b) {
+       b.allowTpm = opal::AllowTpm::kUnreadable;
+       b.foldStreams = true;
+     },
+     Sedutil({"--scan"}),
+     Then(kFlagUnreadable, "Scanning for Opal compliant disks",
+          "/dev/nvme0  2  ZEP NV2000 1TB                           2B2QEXM7",
+          "/dev/sda    2  KVX 480GB                                SBFK71F3", "No more disks present ending scan"),
+     {}, 0, nullptr},
 
     // --- the command line itself ---------------------------------------------------------
     {"CommandNamesIgnoreCase", Owned, Sedutil({"--ENABLELOCKINGRANGE", "3", kPassword, kSda}),

@@ -123,7 +123,7 @@ class Bench {
           for (const opalsim::Drive& drive : world.drives) names.push_back(drive.device.substr(5));
           return names;
         },
-        [&] { return allowTpm; }, out, err};
+        [&] { return allowTpm; }, out, foldStreams ? out : err};
     ran.status = veltrak_opal::Main(argv[0], std::vector<std::string>(argv.begin() + 1, argv.end()), env);
     ran.out = SplitLines(out.str());
     ran.err = SplitLines(err.str());
@@ -132,6 +132,8 @@ class Bench {
 
   opalsim::World world;
   opal::AllowTpm allowTpm = opal::AllowTpm::kSet;
+  // Standard error written into standard output, as under 2>&1.
+  bool foldStreams = false;
   // Other entries of /dev beside the emulated drives.
   std::vector<std::string> devNames = {"null", "sda1", "nvme0n1", "sdaa", "tty0"};
 

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <initializer_list>
 #include <ostream>
+#include <sstream>
 
 #include "command_table.h"
 #include "sedutil_format.h"
@@ -135,15 +136,20 @@ int Refused(Call& call, const Drive& drive, const opal::Error& error, std::initi
 // --- Commands ------------------------------------------------------------------------
 
 int Scan(Call& call) {
-  Out(call, "Scanning for Opal compliant disks");
+  // sedutil prints the scan through a buffered printf that is written out at
+  // exit: under a pipe every line of standard error comes first.
+  std::ostringstream lines;
+  lines << "Scanning for Opal compliant disks\n";
   for (const std::string& path : ScannedPaths(call.env.deviceNames())) {
     Opened opened = OpenDrive(call.env, path);
     if (opened.drive && opened.drive->IsSata()) WarnAllowTpm(call);
     const Drive* drive = opened.drive.get();
-    Out(call, ScanLine(path, opened.problem == OpenProblem::kNone ? &drive->discovery : nullptr,
-                       drive != nullptr ? &drive->identity : nullptr));
+    lines << ScanLine(path, opened.problem == OpenProblem::kNone ? &drive->discovery : nullptr,
+                      drive != nullptr ? &drive->identity : nullptr)
+          << '\n';
   }
-  Out(call, "No more disks present ending scan");
+  lines << "No more disks present ending scan\n";
+  call.env.out << lines.str() << std::flush;
   return 0;
 }
 
