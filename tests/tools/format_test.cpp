@@ -29,7 +29,7 @@ TEST(SedutilLines, ScanLinesKeepTheirColumns) {
       // A 10-character path meets the flags with no blank between.
       {"EverySsc", "/dev/nvme0", &everything, &kvx, "/dev/nvme0 12E KVX 480GB                                SBFK71F3"},
       {"NoSsc", "/dev/sdb", nullptr, &kvx, "/dev/sdb   No  KVX 480GB                                SBFK71F3"},
-      {"Unidentified", "/dev/sdc", nullptr, nullptr, "/dev/sdc   No  "},
+      {"Unidentified", "/dev/sdc", nullptr, nullptr, "/dev/sdc   No   "},
       {"LongPath", "/dev/nvme10", &opal2, &kvx, "/dev/nvme10  2  KVX 480GB                                SBFK71F3"},
       {"NulEndsTheModel", "/dev/sda", &opal2, &nul, "/dev/sda    2  ZEP FW      "},
   };

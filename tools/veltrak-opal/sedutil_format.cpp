@@ -92,8 +92,10 @@ std::string ScanLine(const std::string& path, const opal::Discovery* discovery, 
   } else {
     line += " No  ";
   }
-  if (identity != nullptr) line += Field(identity->model, 40) + " " + Field(identity->firmware, 8);
-  return line;
+  // Without an identity the model and firmware print as empty strings, with
+  // their separating blank.
+  if (identity == nullptr) return line + " ";
+  return line + Field(identity->model, 40) + " " + Field(identity->firmware, 8);
 }
 
 std::string QueryReport(const std::string& path, const opal::Identity& identity, const opal::Discovery& d) {

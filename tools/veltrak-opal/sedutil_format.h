@@ -19,7 +19,8 @@ namespace veltrak_opal::sedutil {
 std::string Field(const std::string& text, size_t width);
 
 // One scan line: the path in 10 columns, the SSC flags (" 12E " or " No  ")
-// and the model and firmware fields.
+// and the model and firmware fields, a blank between them even when there
+// is no identity.
 std::string ScanLine(const std::string& path, const opal::Discovery* discovery, const opal::Identity* identity);
 
 // The --query report from its first (empty) line on, without the

@@ -93,21 +93,29 @@ void WarnAllowTpm(Call& call) {
   }
 }
 
+// Opens path as sedutil opens a device, with the lines it prints on the
+// way: its permission lines when the open fails, the flag's warnings once a
+// SATA device identified.
+Opened OpenAsSedutil(Call& call, const std::string& path) {
+  Opened opened = OpenDrive(call.env, path);
+  if (opened.problem == OpenProblem::kCannotOpen) {
+    Err(call, "You do not have permission to access the raw disk in write mode");
+    Err(call, "Perhaps you might try sudo to run as root");
+  }
+  if (opened.drive && opened.drive->IsSata()) WarnAllowTpm(call);
+  return opened;
+}
+
 // The device opened and discovered as sedutil does before every command
 // but the scan; nullptr after sedutil's refusal lines (exit kBadDiskOrOption).
 std::unique_ptr<Drive> Prologue(Call& call, const std::string& path) {
-  Opened opened = OpenDrive(call.env, path);
-  if (opened.drive && opened.drive->IsSata()) WarnAllowTpm(call);
+  Opened opened = OpenAsSedutil(call, path);
   if (opened.problem == OpenProblem::kNone) {
     // sedutil opens and identifies an Opal drive once more before the command.
     if (opened.drive->IsSata()) WarnAllowTpm(call);
     return std::move(opened.drive);
   }
   if (opened.problem == OpenProblem::kUnknownKind) Err(call, "DtaDevOS::init ERROR - unknown drive type");
-  if (opened.problem == OpenProblem::kCannotOpen) {
-    Err(call, "You do not have permission to access the raw disk in write mode");
-    Err(call, "Perhaps you might try sudo to run as root");
-  }
   Err(call, "Invalid or unsupported disk " + path);
   return nullptr;
 }
@@ -141,8 +149,7 @@ int Scan(Call& call) {
   std::ostringstream lines;
   lines << "Scanning for Opal compliant disks\n";
   for (const std::string& path : ScannedPaths(call.env.deviceNames())) {
-    Opened opened = OpenDrive(call.env, path);
-    if (opened.drive && opened.drive->IsSata()) WarnAllowTpm(call);
+    Opened opened = OpenAsSedutil(call, path);
     const Drive* drive = opened.drive.get();
     lines << ScanLine(path, opened.problem == OpenProblem::kNone ? &drive->discovery : nullptr,
                       drive != nullptr ? &drive->identity : nullptr)
