@@ -11,13 +11,13 @@ namespace opal {
 
 DeviceKind KindOfPath(const std::string& path) {
   if (path.rfind("/dev/nvme", 0) == 0) return DeviceKind::kNvme;
-  if (path.rfind("/dev/sd", 0) == 0) return DeviceKind::kSata;
+  if (path.rfind("/dev/s", 0) == 0) return DeviceKind::kSata;
   return DeviceKind::kUnknown;
 }
 
 Result<std::unique_ptr<Transport>> OpenTransport(const std::string& path) {
   const DeviceKind kind = KindOfPath(path);
-  if (kind == DeviceKind::kUnknown) return Fail(path + ": not an NVMe (/dev/nvme...) or SATA (/dev/sd...) device");
+  if (kind == DeviceKind::kUnknown) return Fail(path + ": not an NVMe (/dev/nvme...) or SATA (/dev/s...) device");
   const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
   if (fd < 0) {
     const int error = errno;

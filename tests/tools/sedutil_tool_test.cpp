@@ -64,6 +64,8 @@ const ToolCase kCases[] = {
       "No more disks present ending scan"},
      {kMissingDevice[0], kMissingDevice[1]}, 0, nullptr},
     {"QueryOfAMissingDevice", nullptr, Sedutil({"--query", "/dev/sdz"}), {}, kMissingDevice, 136, nullptr},
+    {"QueryOfAnyMissingSlashDevSPathIsSata", nullptr, Sedutil({"--query", "/dev/sg0"}), {},
+     {kMissingDevice[0], kMissingDevice[1], "Invalid or unsupported disk /dev/sg0"}, 136, nullptr},
     {"QueryOfAnUnknownKindOfDevice", nullptr, Sedutil({"--query", "/dev/hda"}), {},
      {"DtaDevOS::init ERROR - unknown drive type", "Invalid or unsupported disk /dev/hda"}, 136, nullptr},
     {"QueryOfADriveWithoutOpal", NoOpal, Sedutil({"--query", kSda}), {}, {"Invalid or unsupported disk /dev/sda"}, 136,

@@ -15,7 +15,7 @@ Opened OpenDrive(const Environment& env, const std::string& path) {
   Opened opened;
   if (opal::KindOfPath(path) == opal::DeviceKind::kUnknown) {
     opened.problem = OpenProblem::kUnknownKind;
-    opened.message = path + ": not an NVMe (/dev/nvme...) or SATA (/dev/sd...) device";
+    opened.message = path + ": not an NVMe (/dev/nvme...) or SATA (/dev/s...) device";
     return opened;
   }
   opal::Result<std::unique_ptr<opal::Transport>> transport = env.open(path);

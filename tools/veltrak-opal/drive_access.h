@@ -25,7 +25,7 @@ struct Drive {
 
 enum class OpenProblem {
   kNone,
-  kUnknownKind,  // neither /dev/nvme... nor /dev/sd...
+  kUnknownKind,  // neither /dev/nvme... nor /dev/s...
   kCannotOpen,   // missing, not permitted, or the open failed otherwise
   kNoIdentity,   // the device did not answer Identify
   kNotOpal,      // identified, but its discovery shows no TCG storage SSC
