@@ -31,9 +31,9 @@ std::vector<std::string> EmptyListing(unsigned last) {
   return lines;
 }
 
-const std::vector<std::string> kMissingDevice = {"You do not have permission to access the raw disk in write mode",
-                                                 "Perhaps you might try sudo to run as root",
-                                                 "Invalid or unsupported disk /dev/sdz"};
+const std::vector<std::string> kNoPermission = {"You do not have permission to access the raw disk in write mode",
+                                                "Perhaps you might try sudo to run as root"};
+const std::vector<std::string> kMissingDevice = Then(kNoPermission, "Invalid or unsupported disk /dev/sdz");
 
 const std::vector<std::string> kFlagNotSet = {"The Kernel flag libata.allow_tpm is not set correctly",
                                               "Please see the readme note about setting the libata.allow_tpm "};
@@ -62,10 +62,27 @@ const ToolCase kCases[] = {
      {"Scanning for Opal compliant disks", "/dev/nvme0  2  ZEP NV2000 1TB                           2B2QEXM7",
       "/dev/sda    2  KVX 480GB                                SBFK71F3", "/dev/sdc   No   ",
       "No more disks present ending scan"},
-     {kMissingDevice[0], kMissingDevice[1]}, 0, nullptr},
+     kNoPermission, 0, nullptr},
     {"QueryOfAMissingDevice", nullptr, Sedutil({"--query", "/dev/sdz"}), {}, kMissingDevice, 136, nullptr},
     {"QueryOfAnyMissingSlashDevSPathIsSata", nullptr, Sedutil({"--query", "/dev/sg0"}), {},
-     {kMissingDevice[0], kMissingDevice[1], "Invalid or unsupported disk /dev/sg0"}, 136, nullptr},
+     Then(kNoPermission, "Invalid or unsupported disk /dev/sg0"), 136, nullptr},
+    {"SataRefusedByAccessIsOpenedAllTheSame",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.noAccess = {kSda};
+     },
+     Sedutil({"--revertTPer", kPassword, kSda}), {"revertTper completed successfully"}, Twice(kNoPermission), 0,
+     nullptr},
+    {"SataThatAccessAllowsButThatWillNotOpen", [](Bench& b) { b.noOpen = {kSda}; }, Sedutil({"--query", kSda}), {},
+     {"Invalid or unsupported disk /dev/sda"}, 136, nullptr},
+    {"NvmeIsNeverAskedAboutAccess",
+     [](Bench& b) {
+       Own(b.Drive(kNvme));
+       b.noAccess = {kNvme};
+     },
+     Sedutil({"--revertTPer", kPassword, kNvme}), {"revertTper completed successfully"}, {}, 0, nullptr},
+    {"NvmeThatWillNotOpen", [](Bench& b) { b.noOpen = {kNvme}; }, Sedutil({"--query", kNvme}), {},
+     Then(kNoPermission, "Invalid or unsupported disk /dev/nvme0"), 136, nullptr},
     {"QueryOfAnUnknownKindOfDevice", nullptr, Sedutil({"--query", "/dev/hda"}), {},
      {"DtaDevOS::init ERROR - unknown drive type", "Invalid or unsupported disk /dev/hda"}, 136, nullptr},
     {"QueryOfADriveWithoutOpal", NoOpal, Sedutil({"--query", kSda}), {}, {"Invalid or unsupported disk /dev/sda"}, 136,

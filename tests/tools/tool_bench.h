@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -115,6 +116,7 @@ class Bench {
     veltrak_opal::Environment env{
         [&](const std::string& path) -> opal::Result<std::unique_ptr<opal::Transport>> {
           if (world.Find(path) == nullptr) return opal::Fail(path + ": cannot open: No such file or directory");
+          if (noOpen.count(path) != 0) return opal::Fail(path + ": cannot open: Device or resource busy");
           return std::unique_ptr<opal::Transport>(std::make_unique<RecordingTransport>(
               std::make_unique<opalsim::LocalTransport>(world, path, MbrPath(opalsim::DriveNode(path))), ran.traffic));
         },
@@ -123,7 +125,8 @@ class Bench {
           for (const opalsim::Drive& drive : world.drives) names.push_back(drive.device.substr(5));
           return names;
         },
-        [&] { return allowTpm; }, out, foldStreams ? out : err};
+        [&] { return allowTpm; }, out, foldStreams ? out : err,
+        [&](const std::string& path) { return world.Find(path) != nullptr && noAccess.count(path) == 0; }};
     ran.status = veltrak_opal::Main(argv[0], std::vector<std::string>(argv.begin() + 1, argv.end()), env);
     ran.out = SplitLines(out.str());
     ran.err = SplitLines(err.str());
@@ -134,6 +137,8 @@ class Bench {
   opal::AllowTpm allowTpm = opal::AllowTpm::kSet;
   // Standard error written into standard output, as under 2>&1.
   bool foldStreams = false;
+  // Drives access(2) refuses, and drives whose open fails, though present.
+  std::set<std::string> noAccess, noOpen;
   // Other entries of /dev beside the emulated drives.
   std::vector<std::string> devNames = {"null", "sda1", "nvme0n1", "sdaa", "tty0"};
 

@@ -1,6 +1,7 @@
 #include "environment.h"
 
 #include <dirent.h>
+#include <unistd.h>
 
 #include <iostream>
 
@@ -17,10 +18,12 @@ std::vector<std::string> DevEntries() {
   return names;
 }
 
+bool MayReadWrite(const std::string& path) { return access(path.c_str(), R_OK | W_OK) == 0; }
+
 }  // namespace
 
 Environment SystemEnvironment() {
-  return Environment{opal::OpenTransport, DevEntries, opal::ReadAllowTpm, std::cout, std::cerr};
+  return Environment{opal::OpenTransport, DevEntries, opal::ReadAllowTpm, std::cout, std::cerr, MayReadWrite};
 }
 
 void Line(std::ostream& stream, const std::string& text) { stream << text << '\n' << std::flush; }

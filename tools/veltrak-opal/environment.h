@@ -1,7 +1,8 @@
 // Everything a command of the two tools touches outside the process: how a
 // device path becomes a transport, the names under /dev, the host's libata
-// flag, and the two output streams. The program hands in the real ones;
-// tests hand in an emulated drive and string streams.
+// flag, the two output streams and what access(2) says of a path. The
+// program hands in the real ones; tests hand in an emulated drive and string
+// streams.
 #pragma once
 
 #include <functional>
@@ -23,10 +24,12 @@ struct Environment {
   std::function<opal::AllowTpm()> allowTpm;
   std::ostream& out;
   std::ostream& err;
+  // Whether access(2) grants path reading and writing; empty: always.
+  std::function<bool(const std::string& path)> mayReadWrite = nullptr;
 };
 
-// The running host: OpenTransport, /dev, /sys/module/libata, std::cout and
-// std::cerr.
+// The running host: OpenTransport, /dev, /sys/module/libata, std::cout,
+// std::cerr and access(2).
 Environment SystemEnvironment();
 
 // Writes one line and flushes it, so that standard output and standard

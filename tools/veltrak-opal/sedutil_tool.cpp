@@ -93,15 +93,25 @@ void WarnAllowTpm(Call& call) {
   }
 }
 
+void PermissionLines(Call& call) {
+  Err(call, "You do not have permission to access the raw disk in write mode");
+  Err(call, "Perhaps you might try sudo to run as root");
+}
+
+bool MayReadWrite(const Call& call, const std::string& path) {
+  return !call.env.mayReadWrite || call.env.mayReadWrite(path);
+}
+
 // Opens path as sedutil opens a device, with the lines it prints on the
-// way: its permission lines when the open fails, the flag's warnings once a
-// SATA device identified.
+// way: the permission lines, then the flag's warnings once a SATA device
+// identified.
 Opened OpenAsSedutil(Call& call, const std::string& path) {
+  const opal::DeviceKind kind = opal::KindOfPath(path);
+  // sedutil asks access() about a SATA path and opens it all the same; for
+  // NVMe it complains only when the open fails.
+  if (kind == opal::DeviceKind::kSata && !MayReadWrite(call, path)) PermissionLines(call);
   Opened opened = OpenDrive(call.env, path);
-  if (opened.problem == OpenProblem::kCannotOpen) {
-    Err(call, "You do not have permission to access the raw disk in write mode");
-    Err(call, "Perhaps you might try sudo to run as root");
-  }
+  if (kind == opal::DeviceKind::kNvme && opened.problem == OpenProblem::kCannotOpen) PermissionLines(call);
   if (opened.drive && opened.drive->IsSata()) WarnAllowTpm(call);
   return opened;
 }
@@ -111,8 +121,12 @@ Opened OpenAsSedutil(Call& call, const std::string& path) {
 std::unique_ptr<Drive> Prologue(Call& call, const std::string& path) {
   Opened opened = OpenAsSedutil(call, path);
   if (opened.problem == OpenProblem::kNone) {
-    // sedutil opens and identifies an Opal drive once more before the command.
-    if (opened.drive->IsSata()) WarnAllowTpm(call);
+    // sedutil opens and identifies an Opal drive once more before the
+    // command, and prints those lines again.
+    if (opened.drive->IsSata()) {
+      if (!MayReadWrite(call, path)) PermissionLines(call);
+      WarnAllowTpm(call);
+    }
     return std::move(opened.drive);
   }
   if (opened.problem == OpenProblem::kUnknownKind) Err(call, "DtaDevOS::init ERROR - unknown drive type");
