@@ -619,7 +619,8 @@ int SedutilMain(const std::vector<std::string>& args, Environment& env) {
   const Command<Call>* command = FindCommand(kCommands, args[1]);
   if (command == nullptr) {
     Line(env.err, "Invalid command line argument " + args[1]);
-    return Usage(env);
+    Line(env.err, "sedutil-cli: only Veltrak's commands are answered; see veltrak-opal(8)");
+    return kBadDiskOrOption;
   }
   Call call{env, args[1], std::vector<std::string>(args.begin() + 2, args.end())};
   if (!command->Takes(call.operands.size())) {
