@@ -17,6 +17,8 @@ namespace opalsim {
 
 namespace {
 
+constexpr int kInvalidOpcode = 0x0001;  // the NVMe status Invalid Command Opcode
+
 // Transfers larger than this are refused like a kernel refuses a buffer it
 // cannot map.
 constexpr size_t kTransferLimit = 16 << 20;
@@ -98,8 +100,9 @@ const World& Emulator::Current() {
     world_ = std::move(*world);
     seen_ = now;
   } else {
+    // No drives until the file changes again; it is not read again before.
     world_ = World{};
-    seen_ = {};
+    seen_ = now;
     Report(world.error().message);
   }
   return world_;
@@ -122,7 +125,10 @@ bool Emulator::Hides(const std::string& path) {
 std::vector<std::string> Emulator::DevNames() {
   std::lock_guard<std::recursive_mutex> lock(mutex_);
   std::vector<std::string> names;
-  for (const Drive& drive : Current().drives) names.push_back(drive.device.substr(5));
+  for (const Drive& drive : Current().drives) {
+    names.push_back(drive.device.substr(5));
+    if (drive.IsNvme()) names.push_back(drive.device.substr(5) + "n1");  // its namespace node
+  }
   return names;
 }
 
@@ -213,6 +219,10 @@ int Emulator::NvmeAdmin(const std::string& path, nvme_passthru_cmd& command) {
     CopyOut(data, command.addr, command.data_len);
     return 0;
   }
+  const bool securityCommand =
+      command.opcode == opal::kNvmeSecuritySend || command.opcode == opal::kNvmeSecurityReceive;
+  // A controller without Opal has no Security Send and Receive at all.
+  if (securityCommand && !drive->opal) return kInvalidOpcode;
   const opal::NvmeSecurity security = opal::DecodeNvmeSecurity(command);
   if (security.length > kTransferLimit) return opal::kNvmeInvalidField;
   if (command.opcode == opal::kNvmeSecuritySend) {
@@ -226,7 +236,7 @@ int Emulator::NvmeAdmin(const std::string& path, nvme_passthru_cmd& command) {
     CopyOut(data, command.addr, command.data_len);
     return 0;
   }
-  return 0x0001;  // Invalid Command Opcode
+  return kInvalidOpcode;
 }
 
 int Emulator::SgIo(const std::string& path, sg_io_hdr_t& header) {
