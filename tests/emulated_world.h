@@ -77,20 +77,23 @@ class EmulatedWorld {
     return name;
   }
 
-  // The world, made once per test process and copied for each test.
+  // The world, made once per test process, copied for each test, and
+  // removed when the process ends.
   static const std::string& Template() {
-    static const std::string dir = [] {
-      const std::string made = MakeDir("world-template");
-      const std::string command = "'" VELTRAK_SOURCE_DIR "/tools/demo/world.sh' '" + made + "' '" VELTRAK_BUILD_DIR
-                                  "' && mkdir '" + made + "/bin'";
-      if (std::system(command.c_str()) != 0) throw std::runtime_error("tools/demo/world.sh failed");
-      std::atexit([] {
+    struct Made {
+      std::string path = MakeDir("world-template");
+      Made() {
+        const std::string command = "'" VELTRAK_SOURCE_DIR "/tools/demo/world.sh' '" + path + "' '" VELTRAK_BUILD_DIR
+                                    "' && mkdir '" + path + "/bin'";
+        if (std::system(command.c_str()) != 0) throw std::runtime_error("tools/demo/world.sh failed");
+      }
+      ~Made() {
         std::error_code ignored;
-        std::filesystem::remove_all(Template(), ignored);
-      });
-      return made;
-    }();
-    return dir;
+        std::filesystem::remove_all(path, ignored);
+      }
+    };
+    static const Made made;
+    return made.path;
   }
 
   std::string dir_;
