@@ -64,18 +64,24 @@ Result<Discovery> Device::Discover() {
 }
 
 Status Device::ExchangeProperties() {
-  if (propertiesDone_) return Ok();
+  if (propertiesTried_) return propertiesError_ ? Status(*propertiesError_) : Ok();
   Result<Discovery> discovery = Discover();
-  if (!discovery) return discovery.error();
+  if (!discovery) return discovery.error();  // no ComID to send it on: not tried
+  propertiesTried_ = true;
   Result<Message> reply = Exchange(0, 0, EncodeCall(kSessionManager, kMethodProperties,
                                                      EncodePropertiesCall(kHostProperties)));
-  if (!reply) return Fail("Properties: " + reply.error().message);
-  if (reply->status != 0) return StatusError("Properties", reply->status);
-  Result<Properties> properties = DecodePropertiesReply(reply->arguments);
-  if (!properties) return Fail("Properties: " + properties.error().message);
-  tperProperties_ = *properties;
-  propertiesDone_ = true;
-  return Ok();
+  Result<Properties> properties = Fail("");
+  if (!reply) {
+    propertiesError_ = Fail("Properties: " + reply.error().message);
+  } else if (reply->status != 0) {
+    propertiesError_ = StatusError("Properties", reply->status);
+  } else if (!(properties = DecodePropertiesReply(reply->arguments))) {
+    propertiesError_ = Fail("Properties: " + properties.error().message);
+  } else {
+    tperProperties_ = *properties;
+    return Ok();
+  }
+  return *propertiesError_;
 }
 
 size_t Device::MaxPayload() const {
@@ -122,8 +128,11 @@ Result<Message> Device::Exchange(uint32_t tsn, uint32_t hsn, const Bytes& payloa
 
 Result<std::unique_ptr<Session>> Session::Start(Device& device, Uid sp, std::optional<Uid> authority,
                                                 std::optional<Bytes> challenge) {
-  Status ready = device.ExchangeProperties();
-  if (!ready) return ready.error();
+  Result<Discovery> discovery = device.Discover();
+  if (!discovery) return discovery.error();
+  // Drives that fail Properties may still open sessions; the default limits
+  // then size the transfers.
+  device.ExchangeProperties();
   StartSessionArgs args{kHostSessionNumber, sp, true, std::move(challenge), authority};
   Result<Message> reply =
       device.Exchange(0, 0, EncodeCall(kSessionManager, kMethodStartSession, EncodeStartSession(args)));

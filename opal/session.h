@@ -29,8 +29,12 @@ class Device {
   Result<Identity> Identify();
   // Level 0 discovery, read once. Fails for a drive without a TCG SSC.
   Result<Discovery> Discover();
-  // The Properties exchange, made once; the drive's limits size transfers.
+  // The Properties exchange, tried once, after discovery; the drive's limits
+  // size transfers. Its outcome is kept: a failure leaves the default limits
+  // and does not stop sessions.
   Status ExchangeProperties();
+  // Whether the exchange was tried and failed.
+  bool propertiesFailed() const { return propertiesError_.has_value(); }
   const Properties& tperProperties() const { return tperProperties_; }
 
   // Sends payload in a ComPacket of session tsn/hsn (0/0: the session
@@ -49,7 +53,8 @@ class Device {
   std::unique_ptr<Transport> transport_;
   std::optional<Identity> identity_;
   std::optional<Discovery> discovery_;
-  bool propertiesDone_ = false;
+  bool propertiesTried_ = false;
+  std::optional<Error> propertiesError_;
   Properties tperProperties_;
   uint16_t comId_ = 0;
   int roundTrips_ = 0;

@@ -3,6 +3,8 @@
 // Opal operation sends.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "opal_testing.h"
 #include "tables.h"
 
@@ -88,6 +90,7 @@ TEST(SessionTest, DiscoveryAndPropertiesComeOnceThenEveryPacketCarriesTheTsn) {
             Hex(H("F8" + kSm + "A8 00 00 00 00 00 00 FF 01 F0 F2 00 F0 F2 D0 10 \"MaxComPacketSize\" 82 08 00 F3"
                   "F2 AD \"MaxPacketSize\" 82 07 EC F3 F2 AF \"MaxIndTokenSize\" 82 07 C8 F3 F2 AA \"MaxPackets\" 01 F3"
                   "F2 AD \"MaxSubpackets\" 01 F3 F2 AA \"MaxMethods\" 01 F3 F1 F3 F1" + kStatusOk)));
+  EXPECT_FALSE(drive.device.propertiesFailed());
   EXPECT_EQ(PropertyOr(drive.device.tperProperties(), "maxcompacketsize", 0), 65536u);
   EXPECT_GT(drive.device.MaxPayload(), 60000u) << "the drive's larger limit sizes the payloads";
   Result<Message> start = DecodeMessage(drive.fake->SentPayload());
@@ -109,6 +112,32 @@ TEST(SessionTest, DiscoveryAndPropertiesComeOnceThenEveryPacketCarriesTheTsn) {
     ASSERT_TRUE(packet.ok() && packet->comId == 0x1000) << "packet " << i;
     EXPECT_EQ(packet->tsn, i < 2 ? 0u : 4096u) << "packet " << i;
     EXPECT_EQ(packet->hsn, i < 2 ? 0u : args->hostSession) << "packet " << i;
+  }
+}
+
+TEST(SessionTest, AFailedPropertiesExchangeIsTriedOnceAndSessionsGoOnWithTheDefaultLimits) {
+  struct Case { const char* name; Answer answer; int status; } cases[] = {
+      {"refused", Reply("F0 F1 F9 F0 01 00 00 F1"), 0x01},
+      {"answered without the drive's properties", Reply(kOk), Error::kNoStatus},
+      {"nothing pending", NotReady(0, 0), Error::kNoStatus},
+  };
+  for (const Case& c : cases) {
+    Drive drive;
+    drive.Ready(Sync(4096));
+    drive.fake->script[1] = c.answer;
+    Result<std::unique_ptr<Session>> first = Session::Start(drive.device, kAdminSp);
+    ASSERT_TRUE(first.ok()) << c.name << ": " << first.error().message;
+    EXPECT_TRUE(drive.device.propertiesFailed()) << c.name;
+    EXPECT_EQ(drive.device.ExchangeProperties().error().status, c.status) << c.name;
+    EXPECT_LE(drive.device.MaxPayload(), 2048u) << c.name;
+    drive.fake->script = {Sync(4097)};
+    EXPECT_TRUE(Session::Start(drive.device, kLockingSp, kAdmin1, H("\"debug\"")).ok()) << c.name;
+    const auto properties = std::count_if(drive.fake->sent.begin(), drive.fake->sent.end(), [](const auto& sent) {
+      Result<ComPacket> packet = Unframe(sent.data);
+      Result<Message> message = packet ? DecodeMessage(packet->payload) : Result<Message>(Fail("not framed"));
+      return message && message->kind == Message::Kind::kCall && message->method == kMethodProperties;
+    });
+    EXPECT_EQ(properties, 1) << c.name;
   }
 }
 

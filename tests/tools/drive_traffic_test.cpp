@@ -147,7 +147,7 @@ const HostileCase kHostile[] = {
     {"TokensThatNeverClose", [](size_t) { return Framed(opal::Bytes(300, 0xF0)); }, "malformed answer"},
 };
 
-TEST(HostileDrive, EveryCommandSaysWhatWentWrongAndNamesTheDevice) {
+TEST(HostileDrive, EveryCommandThatStartsASessionSaysWhatWentWrongAndNamesTheDevice) {
   const std::vector<std::vector<std::string>> commands = {
       Sedutil({"--query", kSda}),
       Sedutil({"--listLockingRanges", kPassword, kSda}),
@@ -170,11 +170,13 @@ TEST(HostileDrive, EveryCommandSaysWhatWentWrongAndNamesTheDevice) {
       const bool named = std::any_of(errLines.begin(), errLines.end(), [&](const std::string& line) {
         return line.find("/dev/sda") != std::string::npos && line.find(hostile.said) != std::string::npos;
       });
-      EXPECT_TRUE(named) << where << "\n" << err.str();
       ExpectNoSuccessPhrase(errLines);
       if (argv[2] == "--query") {
+        // Only Properties goes past discovery, and sedutil says no more of its failure.
+        EXPECT_EQ(std::vector<std::string>{"Properties exchange failed"}, errLines) << where;
         EXPECT_EQ(0, status) << where << ": the discovery report stands, as sedutil's does";
       } else {
+        EXPECT_TRUE(named) << where << "\n" << err.str();
         EXPECT_NE(0, status) << where;
         EXPECT_EQ(std::string::npos, out.str().find("success")) << where;
         EXPECT_EQ(std::string::npos, out.str().find("complete")) << where;
@@ -190,34 +192,6 @@ namespace tooltest {
 namespace {
 
 // --- A later step refused ------------------------------------------------------------
-
-// Passes exchanges to the emulated drive, except the chosen one, which the
-// drive never sees and which is answered with status FAIL.
-class RefusingTransport : public opal::Transport {
- public:
-  RefusingTransport(std::unique_ptr<opal::Transport> inner, int refused) : inner_(std::move(inner)), refused_(refused) {}
-  opal::Result<opal::Identity> Identify() override { return inner_->Identify(); }
-  opal::Status Send(uint8_t protocol, uint16_t comId, const opal::Bytes& data) override {
-    if (++sends_ == refused_) return opal::Ok();
-    return inner_->Send(protocol, comId, data);
-  }
-  opal::Result<opal::Bytes> Receive(uint8_t protocol, uint16_t comId, size_t length) override {
-    if (sends_ != refused_ || comId == opal::kDiscoveryComId) return inner_->Receive(protocol, comId, length);
-    ++sends_;  // answered once
-    opal::ComPacket packet;
-    packet.comId = comId;
-    packet.payload = opal::EncodeResponse({}, static_cast<int>(opal::MethodStatus::kFail));
-    opal::Bytes data = opal::Frame(packet);
-    data.resize(length, 0);
-    return data;
-  }
-  opal::DeviceKind kind() const override { return inner_->kind(); }
-
- private:
-  std::unique_ptr<opal::Transport> inner_;
-  int refused_;
-  int sends_ = 0;
-};
 
 struct LaterStepCase {
   const char* name;
@@ -260,25 +234,14 @@ TEST_P(LaterStep, SaysWhichStepFailedAndWhatTheDriveIsLeftWith) {
   const LaterStepCase& c = GetParam();
   Bench bench;
   if (c.setup) c.setup(bench);
-  std::vector<std::string> argv = c.argv;
-  for (std::string& arg : argv) {
-    if (size_t at = arg.find("{dir}"); at != std::string::npos) arg.replace(at, 5, bench.dir());
-  }
-  std::ostringstream out, err;
-  veltrak_opal::Environment env{
-      [&](const std::string& path) -> opal::Result<std::unique_ptr<opal::Transport>> {
-        return std::unique_ptr<opal::Transport>(std::make_unique<RefusingTransport>(
-            std::make_unique<opalsim::LocalTransport>(bench.world, path, bench.MbrPath(path)), c.refusedExchange));
-      },
-      [] { return std::vector<std::string>{}; }, [] { return opal::AllowTpm::kSet; }, out, err};
-  const int status = veltrak_opal::Main(argv[0], std::vector<std::string>(argv.begin() + 1, argv.end()), env);
-  EXPECT_NE(0, status);
-  EXPECT_EQ(c.outLines, SplitLines(out.str()));
-  const std::vector<std::string> errLines = SplitLines(err.str());
-  EXPECT_TRUE(std::any_of(errLines.begin(), errLines.end(),
+  bench.refusedExchange = c.refusedExchange;
+  const Ran ran = bench.Run(c.argv);
+  EXPECT_NE(0, ran.status);
+  EXPECT_EQ(c.outLines, ran.out);
+  EXPECT_TRUE(std::any_of(ran.err.begin(), ran.err.end(),
                           [&](const std::string& line) { return line.find(c.stateSaid) != std::string::npos; }))
-      << err.str();
-  ExpectNoSuccessPhrase(errLines);
+      << testing::PrintToString(ran.err);
+  ExpectNoSuccessPhrase(ran.err);
   if (c.after) c.after(bench);
 }
 

@@ -404,6 +404,35 @@ const ToolCase kCases[] = {
           "/dev/sda    2  KVX 480GB                                SBFK71F3", "No more disks present ending scan"),
      {}, 0, nullptr},
 
+    // --- a refused Properties exchange: said during the set-up, then defaults ----------
+    {"PropertiesRefusedIsSaidAfterBothOpensAndBeforeTheCommand",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.allowTpm = opal::AllowTpm::kUnreadable;
+       b.refusedExchange = 1;
+       b.foldStreams = true;
+     },
+     Sedutil({"--setLockingRange", "1", "LK", kPassword, kSda}),
+     Then(Twice(kFlagUnreadable), "Properties exchange failed", "LockingRange1 set to LK"), {}, 0,
+     [](Bench& b) { EXPECT_TRUE(R(b, 1).readLocked && R(b, 1).writeLocked); }},
+    {"PropertiesRefusedBeforeACommandWithoutSession",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.refusedExchange = 1;
+     },
+     Sedutil({"--setupLockingRange", "0", "0", "8", kPassword, kSda}), {},
+     {"Properties exchange failed", "global locking range cannot be changed"}, 129, nullptr},
+    {"PropertiesRefusedLeavesTheDefaultImageChunks",
+     [](Bench& b) {
+       Own(b.Drive());
+       b.WriteFile("pba.img", std::string(4000, 'i'));
+       b.refusedExchange = 1;
+     },
+     Sedutil({"--loadPBAimage", kPassword, "{dir}/pba.img", kSda}),
+     {"Writing PBA to /dev/sda",
+      "1840 of 4000 46% blk=1840 \r3680 of 4000 92% blk=1840 \r4000 of 4000 100% blk=1840 \r", "~written to /dev/sda"},
+     {"Properties exchange failed"}, 0, nullptr},
+
     // --- the command line itself ---------------------------------------------------------
     {"CommandNamesIgnoreCase", Owned, Sedutil({"--ENABLELOCKINGRANGE", "3", kPassword, kSda}),
      {"LockingRange3 enabled ReadLocking,WriteLocking"}, {}, 0, nullptr},
@@ -464,6 +493,22 @@ TEST(SedutilToolQuery, ReportsTheDiscoveryAndThenTheProperties) {
   EXPECT_EQ("TPer Properties: ", ran.out[12]);
   EXPECT_EQ("  MaxComPacketSize = 65536", ran.out[13]);
   EXPECT_TRUE(ran.err.empty());
+}
+
+TEST(SedutilToolQuery, ARefusedPropertiesExchangeIsSaidBeforeTheReportWhichEndsWithoutProperties) {
+  Bench answered;
+  const std::vector<std::string> report = answered.Run(Sedutil({"--query", kSda})).out;
+  const auto properties = std::find(report.begin(), report.end(), "TPer Properties: ");
+  ASSERT_NE(report.end(), properties);
+  Bench refused;
+  refused.refusedExchange = 1;
+  refused.foldStreams = true;
+  const Ran ran = refused.Run(Sedutil({"--query", kSda}));
+  EXPECT_EQ(0, ran.status);
+  // The empty line before "TPer Properties: " belongs to the Properties block.
+  std::vector<std::string> expected(report.begin(), properties - 1);
+  expected.insert(expected.begin(), "Properties exchange failed");
+  EXPECT_EQ(expected, ran.out);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "method.h"
 #include "packet.h"
 #include "tools.h"
+#include "uids.h"
 #include "world.h"
 
 namespace tooltest {
@@ -58,6 +59,35 @@ class RecordingTransport : public opal::Transport {
  private:
   std::unique_ptr<opal::Transport> inner_;
   Traffic& traffic_;
+};
+
+// Passes exchanges to the emulated drive, except the chosen one (counted
+// from 1), which the drive never sees and which is answered with status FAIL.
+class RefusingTransport : public opal::Transport {
+ public:
+  RefusingTransport(std::unique_ptr<opal::Transport> inner, int refused)
+      : inner_(std::move(inner)), refused_(refused) {}
+  opal::Result<opal::Identity> Identify() override { return inner_->Identify(); }
+  opal::Status Send(uint8_t protocol, uint16_t comId, const opal::Bytes& data) override {
+    if (++sends_ == refused_) return opal::Ok();
+    return inner_->Send(protocol, comId, data);
+  }
+  opal::Result<opal::Bytes> Receive(uint8_t protocol, uint16_t comId, size_t length) override {
+    if (sends_ != refused_ || comId == opal::kDiscoveryComId) return inner_->Receive(protocol, comId, length);
+    ++sends_;  // answered once
+    opal::ComPacket packet;
+    packet.comId = comId;
+    packet.payload = opal::EncodeResponse({}, static_cast<int>(opal::MethodStatus::kFail));
+    opal::Bytes data = opal::Frame(packet);
+    data.resize(length, 0);
+    return data;
+  }
+  opal::DeviceKind kind() const override { return inner_->kind(); }
+
+ private:
+  std::unique_ptr<opal::Transport> inner_;
+  int refused_;
+  int sends_ = 0;
 };
 
 struct Ran {
@@ -117,8 +147,10 @@ class Bench {
         [&](const std::string& path) -> opal::Result<std::unique_ptr<opal::Transport>> {
           if (world.Find(path) == nullptr) return opal::Fail(path + ": cannot open: No such file or directory");
           if (noOpen.count(path) != 0) return opal::Fail(path + ": cannot open: Device or resource busy");
-          return std::unique_ptr<opal::Transport>(std::make_unique<RecordingTransport>(
-              std::make_unique<opalsim::LocalTransport>(world, path, MbrPath(opalsim::DriveNode(path))), ran.traffic));
+          std::unique_ptr<opal::Transport> drive =
+              std::make_unique<opalsim::LocalTransport>(world, path, MbrPath(opalsim::DriveNode(path)));
+          if (refusedExchange > 0) drive = std::make_unique<RefusingTransport>(std::move(drive), refusedExchange);
+          return std::unique_ptr<opal::Transport>(std::make_unique<RecordingTransport>(std::move(drive), ran.traffic));
         },
         [&] {
           std::vector<std::string> names = devNames;
@@ -139,6 +171,9 @@ class Bench {
   bool foldStreams = false;
   // Drives access(2) refuses, and drives whose open fails, though present.
   std::set<std::string> noAccess, noOpen;
+  // The exchange of a command each drive answers with FAIL (1: Properties);
+  // 0: none.
+  int refusedExchange = 0;
   // Other entries of /dev beside the emulated drives.
   std::vector<std::string> devNames = {"null", "sda1", "nvme0n1", "sdaa", "tty0"};
 

@@ -116,8 +116,9 @@ Opened OpenAsSedutil(Call& call, const std::string& path) {
   return opened;
 }
 
-// The device opened and discovered as sedutil does before every command
-// but the scan; nullptr after sedutil's refusal lines (exit kBadDiskOrOption).
+// The device opened and discovered, and the Properties exchanged, as sedutil
+// does before every command but the scan; nullptr after sedutil's refusal
+// lines (exit kBadDiskOrOption).
 std::unique_ptr<Drive> Prologue(Call& call, const std::string& path) {
   Opened opened = OpenAsSedutil(call, path);
   if (opened.problem == OpenProblem::kNone) {
@@ -127,6 +128,8 @@ std::unique_ptr<Drive> Prologue(Call& call, const std::string& path) {
       if (!MayReadWrite(call, path)) PermissionLines(call);
       WarnAllowTpm(call);
     }
+    // A failed exchange is said, no more; the drive's default limits serve.
+    if (!opened.drive->device->ExchangeProperties()) Err(call, "Properties exchange failed");
     return std::move(opened.drive);
   }
   if (opened.problem == OpenProblem::kUnknownKind) Err(call, "DtaDevOS::init ERROR - unknown drive type");
@@ -178,13 +181,9 @@ int Query(Call& call) {
   std::unique_ptr<Drive> drive = Prologue(call, call.operands[0]);
   if (!drive) return kBadDiskOrOption;
   call.env.out << QueryReport(drive->path, drive->identity, drive->discovery) << std::flush;
-  opal::Status properties = drive->device->ExchangeProperties();
-  if (!properties) {
-    Err(call, "Properties exchange failed");
-    Err(call, Why(*drive, properties.error()));
-    return 0;
+  if (!drive->device->propertiesFailed()) {
+    call.env.out << PropertiesBlock(drive->device->tperProperties(), opal::HostProperties()) << std::flush;
   }
-  call.env.out << PropertiesBlock(drive->device->tperProperties(), opal::HostProperties()) << std::flush;
   return 0;
 }
 
