@@ -16,7 +16,7 @@ namespace opal {
 constexpr uint32_t kTransferTimeoutMs = 20000;
 
 enum class DeviceKind { kNvme, kSata, kUnknown };
-// /dev/nvme... is NVMe (controller or namespace node), /dev/sd... SATA.
+// /dev/nvme... is NVMe (controller or namespace node), /dev/s... SATA.
 DeviceKind KindOfPath(const std::string& path);
 
 // How the kernel's libata.allow_tpm flag reads on this host: SATA trusted

@@ -116,7 +116,10 @@ NodeKind Emulator::Lookup(const std::string& path) {
 }
 
 bool Emulator::Hides(const std::string& path) {
-  if (path.rfind("/dev/sd", 0) != 0 && path.rfind("/dev/nvme", 0) != 0) return false;
+  // The nodes the tools would take for a drive: SCSI disks and generic
+  // devices, NVMe controllers and namespaces.
+  const bool disk = path.rfind("/dev/sd", 0) == 0 || path.rfind("/dev/sg", 0) == 0 || path.rfind("/dev/nvme", 0) == 0;
+  if (!disk) return false;
   std::lock_guard<std::recursive_mutex> lock(mutex_);
   const World& world = Current();
   return world.hideRealDisks && world.Find(path) == nullptr;
