@@ -210,11 +210,22 @@ mode_t ModeArgument(int flags, va_list args) {
   return (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE ? static_cast<mode_t>(va_arg(args, int)) : 0;
 }
 
-int OpenHook(OpenFn real, const char* path, int flags, mode_t mode) {
+// An emulated node, a hidden disk or the libata flag; -2 for any other path.
+int OpenSpecial(const char* path, int flags) {
   if (Emulated(path) != NodeKind::kNone) return OpenDevice(path, flags);
   if (Hidden(path)) return NoSuchFile();
   if (IsAllowTpm(path)) return OpenAllowTpm();
-  return real(path, flags, mode);
+  return -2;
+}
+
+int OpenHook(OpenFn real, const char* path, int flags, mode_t mode) {
+  const int special = OpenSpecial(path, flags);
+  return special != -2 ? special : real(path, flags, mode);
+}
+
+int OpenAtHook(OpenatFn real, int dirfd, const char* path, int flags, mode_t mode) {
+  const int special = OpenSpecial(path, flags);
+  return special != -2 ? special : real(dirfd, path, flags, mode);
 }
 
 // struct stat and struct stat64 share one layout on 64-bit Linux.
@@ -256,10 +267,7 @@ int openat(int dirfd, const char* path, int flags, ...) {
   va_start(args, flags);
   const mode_t mode = ModeArgument(flags, args);
   va_end(args);
-  if (Emulated(path) != NodeKind::kNone) return OpenDevice(path, flags);
-  if (Hidden(path)) return NoSuchFile();
-  if (IsAllowTpm(path)) return OpenAllowTpm();
-  return REAL(openat)(dirfd, path, flags, mode);
+  return OpenAtHook(REAL(openat), dirfd, path, flags, mode);
 }
 
 int openat64(int dirfd, const char* path, int flags, ...) {
@@ -267,10 +275,7 @@ int openat64(int dirfd, const char* path, int flags, ...) {
   va_start(args, flags);
   const mode_t mode = ModeArgument(flags, args);
   va_end(args);
-  if (Emulated(path) != NodeKind::kNone) return OpenDevice(path, flags);
-  if (Hidden(path)) return NoSuchFile();
-  if (IsAllowTpm(path)) return OpenAllowTpm();
-  return REAL(openat64)(dirfd, path, flags, mode);
+  return OpenAtHook(REAL(openat64), dirfd, path, flags, mode);
 }
 
 int close(int fd) {
