@@ -1,5 +1,7 @@
 // The drive's life cycle: ownership, activation, the reverts and what each
-// does to the data keys, re-keying, try limits, power cycles.
+// does to the data keys, re-keying, try limits, power cycles, the shadow MBR.
+#include <gtest/gtest.h>
+
 #include "opalsim_testing.h"
 
 namespace opalsim_test {
@@ -7,217 +9,179 @@ namespace {
 
 TEST(LifeCycle, OwnershipAndActivation) {
   Sim sim;
-  EXPECT_FALSE(sim.Discover().locking->enabled);
   EXPECT_EQ(Code(sim.Open(kSidWho)), kNotAuthorized) << "SID's PIN is the MSID when new";
-  sim.TakeOwnership();
-  EXPECT_EQ(Code(sim.Open(kSidWho)), 0);
-  EXPECT_EQ(Code(sim.Open(kSidWho, std::string(sim.drive().msid.begin(), sim.drive().msid.end()))), kNotAuthorized);
-  EXPECT_EQ(Code(sim.Open(kAdmin1Who)), kInvalidParameter) << "Locking SP not active yet";
+  const Bytes msid = Need(ReadMsid(*sim.Must(kAnyone)));
+  Need(SetPin(*Need(Session::Start(*sim.host, kAdminSp, kSid, msid)), kCpinSid, B("sid-pw")));
+  EXPECT_EQ(Code(sim.Open(kSidWho, std::string(msid.begin(), msid.end()))), kNotAuthorized);
+  EXPECT_EQ(Code(sim.Open(kAdmin1Who)), kInvalidParameter) << "the Locking SP is not active yet";
+  EXPECT_EQ(Code(sim.Setting("inactive-sp-status 5").Open(kAdmin1Who)), 5);
   Need(ActivateLockingSp(*sim.Must(kSidWho)));
-  EXPECT_TRUE(sim.Discover().locking->enabled);
   EXPECT_EQ(Need(ReadLifeCycle(*sim.Must(kAnyone), kLockingSp)), kManufactured);
+  EXPECT_TRUE(opalsim::DiscoveryOf(sim.drive()).locking->enabled);
   // Admin1 got SID's PIN once, at activation; SID's later PIN is its own.
   Need(SetPin(*sim.Must(kSidWho), kCpinSid, B("later")));
   EXPECT_EQ(Code(sim.Open(kAdmin1Who)), 0);
   EXPECT_EQ(Code(sim.Open(kUser1Who)), kNotAuthorized) << "users start disabled";
   const RangeInfo global = Need(ReadRange(*sim.Must(kAdmin1Who), 0));
   EXPECT_FALSE(global.readLockEnabled || global.writeLockEnabled || global.readLocked || global.writeLocked);
-  // Activating an active Locking SP succeeds and changes nothing.
-  Need(sim.Must(kAdmin1Who)->Set(RangeUid(1), {{3, Value::UInt(8)}, {4, Value::UInt(8)}}));
   const std::string before = opalsim::Serialize(sim.world);
-  EXPECT_EQ(Code(ActivateLockingSp(*sim.Must({kAdminSp, kSid, "later"}))), 0);
+  EXPECT_EQ(Code(ActivateLockingSp(*sim.Must({kAdminSp, kSid, "later"}))), 0) << "again, changing nothing";
   EXPECT_EQ(opalsim::Serialize(sim.world), before);
 }
 
-// Which data keys each operation replaces ('x' in the global, 1..8 order),
-// and who can sign in after it.
-TEST(LifeCycle, DataKeys) {
-  using Op = Status (*)(Sim&);
-  const Op revertSpKeeping = [](Sim& s) { return RevertLockingSp(*s.Must(kAdmin1Who), true); };
-  const Op revertSp = [](Sim& s) { return RevertLockingSp(*s.Must(kAdmin1Who), false); };
-  const Op revert = [](Sim& s) { return RevertTper(*s.Must(kSidWho)); };
-  const Op psidRevert = [](Sim& s) { return RevertTper(*s.Must(kPsidWho)); };
-  const Op genKey3 = [](Sim& s) { return GenKey(*s.Must(kAdmin1Who), Aes256KeyUid(3)); };
-  const int kNo = kNotAuthorized, kInactive = kInvalidParameter;
+// Which data keys each operation replaces ('x', global range first), whether
+// the drive ends the session itself (reverts that succeed) and what is left:
+// SID's PIN and the Locking SP's life cycle. RevertSP keeping the global key
+// is refused while the global range is locked, in the setting's reading.
+TEST(LifeCycle, RevertsAndKeys) {
+  enum Op { kRevertSpKeeping, kRevertSp, kRevert, kPsidRevert, kGenKey3 };
   struct Case {
     const char* name;
     bool active;
-    bool psidErases;
+    const char* setting;
     Op op;
-    const char* replaced;
-    int sid, admin1;  // what StartSession answers them after it
-  } cases[] = {
-      {"RevertSP keeping the global key", true, true, revertSpKeeping, ".xxxxxxxx", 0, kInactive},
-      {"RevertSP", true, true, revertSp, "xxxxxxxxx", 0, kInactive},
-      {"Revert, Locking SP active", true, true, revert, "xxxxxxxxx", kNo, kInactive},
-      {"Revert, Locking SP inactive", false, true, revert, ".........", kNo, kInactive},
-      {"PSID revert, inactive, erasing drive", false, true, psidRevert, "xxxxxxxxx", kNo, kInactive},
-      {"PSID revert, inactive, keeping drive", false, false, psidRevert, ".........", kNo, kInactive},
-      {"PSID revert, active, keeping drive", true, false, psidRevert, "xxxxxxxxx", kNo, kInactive},
-      {"GenKey of range 3", true, true, genKey3, "...x.....", 0, 0},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    Sim sim;
-    if (c.active) sim.Own();
-    else sim.TakeOwnership();
-    sim.drive().settings.psidRevertErases = c.psidErases;
-    const std::vector<uint64_t> keys = sim.Keys();
-    EXPECT_EQ(Code(c.op(sim)), 0);
-    std::string replaced;
-    for (size_t n = 0; n < keys.size(); ++n) replaced += sim.Keys()[n] != keys[n] ? 'x' : '.';
-    EXPECT_EQ(replaced, c.replaced);
-    EXPECT_EQ(Code(sim.Open(kSidWho)), c.sid) << "SID back to the MSID after a Revert";
-    EXPECT_EQ(Code(sim.Open(kAdmin1Who)), c.admin1);
-  }
-}
-
-// RevertSP keeping the global key is refused while the global range is
-// locked, in either reading of "locked"; the session then stays open.
-TEST(LifeCycle, RevertSpRefused) {
-  struct Case {
-    const char* name;
-    const char* setting;  // revertsp-locked
-    uint64_t lockEnabled, readLocked, writeLocked;
     int status;
+    const char* replaced;
+    bool sidKept, activeAfter;
+    bool globalEnabled = false, globalReadLocked = false, globalWriteLocked = false;
   } cases[] = {
-      {"read-locked only", "locked", 1, 1, 0, 0},
-      {"locked", "locked", 0, 1, 1, kFailStatus},
-      {"locked and enabled", "locked", 1, 1, 1, kFailStatus},
-      {"locked, effective reading", "effective", 0, 1, 1, 0},
-      {"locked and enabled, effective reading", "effective", 1, 1, 1, kFailStatus},
+      {"RevertSP keeping the global key", true, "", kRevertSpKeeping, 0, ".xxxxxxxx", true, false},
+      {"RevertSP", true, "", kRevertSp, 0, "xxxxxxxxx", true, false},
+      {"Revert, Locking SP active", true, "", kRevert, 0, "xxxxxxxxx", false, false},
+      {"Revert, Locking SP inactive", false, "", kRevert, 0, ".........", false, false},
+      {"PSID revert, inactive", false, "", kPsidRevert, 0, "xxxxxxxxx", false, false},
+      {"PSID revert, inactive, not erasing", false, "psid-revert-erases no", kPsidRevert, 0, ".........", false, false},
+      {"PSID revert, active, not erasing", true, "psid-revert-erases no", kPsidRevert, 0, "xxxxxxxxx", false, false},
+      {"GenKey of range 3", true, "", kGenKey3, 0, "...x.....", true, true},
+      {"RevertSP keeping, read-locked only", true, "", kRevertSpKeeping, 0, ".xxxxxxxx", true, false, true, true},
+      {"RevertSP keeping, locked", true, "", kRevertSpKeeping, kFailStatus, ".........", true, true, false, true, true},
+      {"RevertSP keeping, locked, effective reading", true, "revertsp-locked effective", kRevertSpKeeping, 0,
+       ".xxxxxxxx", true, false, false, true, true},
+      {"RevertSP keeping, read-locked and enabled, effective reading", true, "revertsp-locked effective",
+       kRevertSpKeeping, 0, ".xxxxxxxx", true, false, true, true},
+      {"RevertSP keeping, locked and enabled, effective reading", true, "revertsp-locked effective",
+       kRevertSpKeeping, kFailStatus, ".........", true, true, true, true, true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     Sim sim;
-    sim.Own().drive().settings.revertSpLockedTest = c.setting;
-    Need(sim.Must(kAdmin1Who)->Set(RangeUid(0), {{5, Value::UInt(c.lockEnabled)}, {6, Value::UInt(c.lockEnabled)},
-                                                 {7, Value::UInt(c.readLocked)}, {8, Value::UInt(c.writeLocked)}}));
-    const std::string before = opalsim::Serialize(sim.world);
-    auto admin = sim.Must(kAdmin1Who);
-    EXPECT_EQ(Code(RevertLockingSp(*admin, true)), c.status);
-    EXPECT_EQ(opalsim::Serialize(sim.world) == before, c.status != 0);
-    if (c.status != 0) { EXPECT_EQ(Code(admin->End()), 0); }
+    Drive& drive = sim.Own().Setting(c.setting).drive();
+    if (!c.active) opalsim::ResetLockingSp(drive);
+    opalsim::Range& global = drive.ranges[0];
+    global.readLockEnabled = global.writeLockEnabled = c.globalEnabled;
+    global.readLocked = c.globalReadLocked;
+    global.writeLocked = c.globalWriteLocked;
+    std::vector<uint64_t> keys;
+    for (const opalsim::Range& range : drive.ranges) keys.push_back(range.dataKey);
+    auto session = sim.Must(c.op == kRevert ? kSidWho : c.op == kPsidRevert ? kPsidWho : kAdmin1Who);
+    std::vector<Value> keep;
+    if (c.op == kRevertSpKeeping) keep.push_back(Value::Named(param::kKeepGlobalRangeKey, Value::UInt(1)));
+    const bool revertSp = c.op <= kRevertSp;
+    EXPECT_EQ(Code(c.op == kGenKey3 ? session->Call(Aes256KeyUid(3), kMethodGenKey)
+                                    : session->Call(revertSp ? kThisSp : kAdminSp,
+                                                    revertSp ? kMethodRevertSp : kMethodRevert, keep)),
+              c.status);
+    EXPECT_EQ(static_cast<bool>(session->End()), c.status != 0 || c.op == kGenKey3) << "the session is open";
+    std::string replaced;
+    for (size_t n = 0; n < keys.size(); ++n) replaced += drive.ranges[n].dataKey != keys[n] ? 'x' : '.';
+    EXPECT_EQ(replaced, c.replaced);
+    EXPECT_EQ(drive.sid.pin == B("sid-pw"), c.sidKept);
+    EXPECT_EQ(drive.LockingActive(), c.activeAfter);
   }
 }
 
 // Attempts: w wrong password, r right one, f right one while the drive is
-// told to fail the next authentication, p power cycle; then a last right
-// attempt as check.
+// told to fail the next authentication, p power cycle; then a right one.
 TEST(LifeCycle, TriesAndLockOut) {
   struct Case {
     const char* name;
     const Who& who;
-    uint64_t limit;
-    bool persist;
+    const char* setting;
     const char* attempts;
     const Who& check;
     int status;
   } cases[] = {
-      {"SID at the limit", kSidWho, 5, false, "wwwww", kSidWho, kLockedOut},
-      {"one short of the limit", kSidWho, 5, false, "wwww", kSidWho, 0},
-      {"a success resets the count", kSidWho, 5, false, "wwwwrwwww", kSidWho, 0},
-      {"a power cycle lifts the lock-out", kSidWho, 5, false, "wwwwwp", kSidWho, 0},
-      {"persistent tries outlive a power cycle", kSidWho, 5, true, "wwwwwp", kSidWho, kLockedOut},
-      {"no limit", kSidWho, 0, false, "wwwwwwwwwwww", kSidWho, 0},
-      {"admin", kAdmin1Who, 3, false, "www", kAdmin1Who, kLockedOut},
-      {"user", kUser1Who, 3, false, "www", kUser1Who, kLockedOut},
-      {"another user unaffected", kUser1Who, 3, false, "www", kUser2Who, 0},
-      {"PSID", kPsidWho, 2, false, "ww", kPsidWho, kLockedOut},
-      {"fail-next once", kSidWho, 5, false, "f", kSidWho, 0},
-      {"fail-next counts towards the limit", kSidWho, 3, false, "fff", kSidWho, kLockedOut},
+      {"at the limit", kSidWho, "", "wwwww", kSidWho, kLockedOut},
+      {"one short of the limit", kSidWho, "", "wwww", kSidWho, 0},
+      {"a success resets the count", kSidWho, "", "wwwwrwwww", kSidWho, 0},
+      {"a power cycle lifts the lock-out", kSidWho, "", "wwwwwp", kSidWho, 0},
+      {"persistent tries outlive a power cycle", kSidWho, "tries-persist yes", "wwwwwp", kSidWho, kLockedOut},
+      {"no limit", kSidWho, "try-limit 0", "wwwwwwww", kSidWho, 0},
+      {"user", kUser1Who, "try-limit 3", "www", kUser1Who, kLockedOut},
+      {"another user unaffected", kUser1Who, "try-limit 3", "www", kUser2Who, 0},
+      {"PSID", kPsidWho, "try-limit 2", "ww", kPsidWho, kLockedOut},
+      {"fail-next once", kSidWho, "", "f", kSidWho, 0},
+      {"fail-next counts towards the limit", kSidWho, "try-limit 3", "fff", kSidWho, kLockedOut},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     Sim sim;
-    sim.Own().drive().settings.tryLimit = c.limit;
-    sim.drive().settings.triesPersist = c.persist;
+    sim.Own().Setting(c.setting);
     for (const char* a = c.attempts; *a != '\0'; ++a) {
-      if (*a == 'p') {
-        opalsim::PowerCycle(sim.drive());
-        continue;
-      }
       if (*a == 'f') sim.drive().failNext = 1;
-      const int status = Code(sim.Open(c.who, *a == 'w' ? std::optional<std::string>("wrong") : std::nullopt));
-      EXPECT_EQ(status == 0, *a == 'r') << "attempt " << a - c.attempts;
+      if (*a == 'p') opalsim::PowerCycle(sim.drive());
+      if (*a != 'p') { EXPECT_EQ(Code(sim.Open(c.who, *a == 'w' ? "wrong" : c.who.password)) == 0, *a == 'r'); }
     }
     EXPECT_EQ(Code(sim.Open(c.check)), c.status);
   }
 }
 
-// What a power cycle locks (range 2 set up as a row says), and the Level 0
-// Locked bit after it, under the settings that decide both.
-TEST(LifeCycle, PowerCycleLocks) {
+// What a power cycle locks (range 2, the one listing it, set up as a row
+// says) and whether it clears MBRDone, under the settings that decide them;
+// the Level 0 Locked bit after it; and that it ends open sessions.
+TEST(LifeCycle, PowerCycle) {
   struct Case {
     const char* name;
-    const char *setting, *value;
-    uint64_t readLockEnabled, writeLockEnabled;
-    std::vector<Value> lockOnReset;
+    const char* setting;
+    bool readEnabled, writeEnabled;
+    std::vector<uint64_t> resets;  // range 2's LockOnReset and MBRControl's DoneOnReset
     bool readLocked, writeLocked, lockedBit;
   } cases[] = {
-      {"every listed range", "lock-on-reset", "all", 0, 0, {Value::UInt(0)}, true, true, false},
-      {"every listed range, enabled", "lock-on-reset", "all", 1, 1, {Value::UInt(0)}, true, true, true},
-      {"only enabled ones, none enabled", "lock-on-reset", "enabled", 0, 0, {Value::UInt(0)}, false, false, false},
-      {"only enabled ones, reads enabled", "lock-on-reset", "enabled", 1, 0, {Value::UInt(0)}, true, false, true},
-      {"not listed", "lock-on-reset", "all", 1, 1, {}, false, false, false},
-      {"listed for hot plug only", "lock-on-reset", "all", 1, 1, {Value::UInt(2)}, false, false, false},
-      {"Locked bit for any lock flag", "locked-bit", "any", 0, 0, {Value::UInt(0)}, true, true, true},
+      {"every listed range", "", false, false, {0}, true, true, false},
+      {"every listed range, enabled", "", true, true, {0}, true, true, true},
+      {"only enabled ones, none enabled", "lock-on-reset enabled", false, false, {0}, false, false, false},
+      {"only enabled ones, reads enabled", "lock-on-reset enabled", true, false, {0}, true, false, true},
+      {"not listed", "", true, true, {}, false, false, false},
+      {"listed for another reset", "", true, true, {2}, false, false, false},
+      {"Locked bit for any lock flag", "locked-bit any", false, false, {0}, true, true, true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     Sim sim;
-    std::string reason;
-    ASSERT_TRUE(opalsim::ApplySetting(sim.Own().drive().settings, c.setting, c.value, reason)) << reason;
-    auto admin = sim.Must(kAdmin1Who);
-    Need(admin->Set(RangeUid(2), {{5, Value::UInt(c.readLockEnabled)}, {6, Value::UInt(c.writeLockEnabled)},
-                                  {9, Value::List(c.lockOnReset)}}));
-    for (unsigned other : {0, 1}) Need(admin->Set(RangeUid(other), {{7, Value::UInt(0)}, {9, Value::List({})}}));
-    opalsim::PowerCycle(sim.drive());
-    const RangeInfo range = Need(ReadRange(*sim.Must(kAdmin1Who), 2));
-    EXPECT_EQ(range.readLocked, c.readLocked);
-    EXPECT_EQ(range.writeLocked, c.writeLocked);
-    EXPECT_EQ(sim.Discover().locking->locked, c.lockedBit);
+    Drive& drive = sim.Own().Setting(c.setting).drive();
+    for (opalsim::Range& range : drive.ranges) range = {0, 0, false, false, false, false, {}, range.dataKey};
+    drive.ranges[2].readLockEnabled = c.readEnabled;
+    drive.ranges[2].writeLockEnabled = c.writeEnabled;
+    drive.ranges[2].lockOnReset = drive.mbrDoneOnReset = c.resets;
+    drive.mbrEnable = drive.mbrDone = true;
+    auto session = sim.Must(kAnyone);
+    opalsim::PowerCycle(drive);
+    EXPECT_EQ(Code(session->Get(kCpinMsid, 3, 3)), kInvalidParameter) << "a session from before";
+    EXPECT_EQ(drive.ranges[2].readLocked, c.readLocked);
+    EXPECT_EQ(drive.ranges[2].writeLocked, c.writeLocked);
+    EXPECT_EQ(opalsim::DiscoveryOf(drive).locking->locked, c.lockedBit);
+    EXPECT_EQ(drive.mbrDone, c.resets != std::vector<uint64_t>{0});
   }
 }
 
-TEST(LifeCycle, PowerCycleClearsMbrDoneAndEndsSessions) {
-  Sim sim;
-  auto admin = sim.Own().Must(kAdmin1Who);
-  Need(admin->Set(kMbrControl, {{1, Value::UInt(1)}, {2, Value::UInt(1)}}));
-  EXPECT_TRUE(sim.Discover().locking->mbrDone);
-  opalsim::PowerCycle(sim.drive());
-  EXPECT_EQ(Code(admin->Get(kMbrControl, 1, 2)), kInvalidParameter) << "a session from before the power cycle";
-  const Discovery after = sim.Discover();
-  EXPECT_TRUE(after.locking->mbrEnabled);
-  EXPECT_FALSE(after.locking->mbrDone);
-  // Without DoneOnReset listing the power cycle, Done stays.
-  Need(sim.Must(kAdmin1Who)->Set(kMbrControl, {{2, Value::UInt(1)}, {3, Value::List({})}}));
-  opalsim::PowerCycle(sim.drive());
-  EXPECT_TRUE(sim.Discover().locking->mbrDone);
-}
-
 // A ComPacket as large as the drive's MaxComPacketSize: a shadow MBR write
-// that fills it exactly.
-TEST(LifeCycle, LargestComPacketAccepted) {
+// that fills it exactly. The table ends where mbr-size says, and a RevertSP
+// empties it.
+TEST(LifeCycle, ShadowMbr) {
   Sim sim;
-  auto admin = sim.Own().Must(kAdmin1Who);
-  const uint64_t largest = PropertyOr(sim.host->tperProperties(), "MaxComPacketSize", 0);
-  ASSERT_GE(largest, 2048u);
+  auto admin = sim.Own().Setting("mbr-size 1048576").Must(kAdmin1Who);
+  ASSERT_EQ(PropertyOr(sim.host->tperProperties(), "MaxComPacketSize", 0), 65536u);
   const size_t overhead = EncodeCall(kMbrTable, kMethodSet, SetBytes(4096, Bytes(4096))).size() - 4096;
-  const Bytes data(largest - kHeadersSize - overhead, 0x5A);
+  const Bytes data(65536 - kHeadersSize - overhead, 0x5A);
   ComPacket packet;
   packet.payload = EncodeCall(kMbrTable, kMethodSet, SetBytes(4096, data));
-  ASSERT_EQ(Frame(packet).size(), largest);
+  ASSERT_EQ(Frame(packet).size(), 65536u);
   EXPECT_EQ(Code(WriteMbr(*admin, 4096, data)), 0);
   EXPECT_EQ(Need(opalsim::ReadMbr(sim.mbr, 4096, data.size())), data);
-  Need(RevertLockingSp(*sim.Must(kAdmin1Who), false));
-  EXPECT_EQ(Need(opalsim::ReadMbr(sim.mbr, 4096, 4)), Bytes(4)) << "a RevertSP empties the table";
-  Need(ActivateLockingSp(*sim.Must(kSidWho)));
-  admin = sim.Must(kAdmin1Who);
-  // The table ends where the mbr-size setting says.
-  sim.drive().settings.mbrSize = 1 << 20;
   EXPECT_EQ(Code(WriteMbr(*admin, (1 << 20) - 4, Bytes(4, 1))), 0);
   EXPECT_EQ(Code(WriteMbr(*admin, (1 << 20) - 4, Bytes(8, 1))), kInvalidParameter);
+  Need(RevertLockingSp(*admin, false));
+  EXPECT_EQ(Need(opalsim::ReadMbr(sim.mbr, 4096, 4)), Bytes(4));
 }
 
 }  // namespace
