@@ -17,57 +17,42 @@ using namespace opalsim_test;
 
 namespace {
 
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
+void Require(bool condition) { if (!condition) std::abort(); }
 
 void Receive(Drive& drive, opalsim::Connection& connection, size_t length) {
   Bytes out;
   Require(opalsim::TperReceive(drive, connection, kProtocolTcg, 0x1000, length, out) && out.size() == length);
-  if (length < kComPacketHeaderSize) return;
   Result<ComPacket> packet = Unframe(out);
-  Require(packet.ok() && (packet->empty || DecodeMessage(packet->payload).ok()));
+  Require(length < kComPacketHeaderSize || (packet.ok() && (packet->empty || DecodeMessage(packet->payload).ok())));
 }
 
-Sim& Owned() {
-  static Sim sim;
-  return sim;
-}
+Sim owned;  // its MBR file goes with it at exit
 
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  Owned().Own().Setting("mbr-size 65536");  // keeps the MBR file small
+  owned.Own().Setting("mbr-size 65536");  // keeps the MBR file small
   return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  World world = Owned().world;
+  World world = owned.world;
   Drive& drive = world.drives[0];
   opalsim::Connection connection;
-  opalsim::ClearMbr(Owned().mbr);
+  opalsim::ClearMbr(owned.mbr);
   for (size_t at = 0; at + 3 <= size;) {
     const uint8_t op = data[at] & 3;
     const size_t length = std::min<size_t>(size - at - 3, size_t{data[at + 1]} << 8 | data[at + 2]);
     const Bytes bytes(data + at + 3, data + at + 3 + length);
     at += 3 + length;
-    if (op == 3) {
-      Receive(drive, connection, length == 0 ? 0 : length * 16);
-      continue;
-    }
-    ComPacket packet;
-    packet.comId = 0x1000;
-    if (op == 2 && !connection.sessions.empty()) {
-      packet.tsn = connection.sessions.back().tsn;
-      packet.hsn = connection.sessions.back().hsn;
-    }
-    packet.payload = bytes;
-    Require(opalsim::TperSend(drive, connection, Owned().mbr, kProtocolTcg, 0x1000,
-                              op == 0 ? bytes : PadToBlock(Frame(packet))));
-    Receive(drive, connection, 2048);
+    const bool inSession = op == 2 && !connection.sessions.empty();
+    const ComPacket packet{0x1000, 0, 0, 0, inSession ? connection.sessions.back().tsn : 0,
+                           inSession ? connection.sessions.back().hsn : 0, 0, 0, false, bytes};
+    const Bytes sent = op == 0 ? bytes : PadToBlock(Frame(packet));
+    if (op != 3) Require(opalsim::TperSend(drive, connection, owned.mbr, kProtocolTcg, 0x1000, sent));
+    Receive(drive, connection, op == 3 ? length * 16 : 2048);
   }
   const std::string text = opalsim::Serialize(world);
-  Result<World> again = opalsim::ParseWorld(text);
-  Require(again.ok() && opalsim::Serialize(*again) == text);
+  Require(opalsim::Serialize(Need(opalsim::ParseWorld(text))) == text);
   return 0;
 }

@@ -1,7 +1,7 @@
 // Who may read and change what on an owned drive of 16 ranges, granted as
 // kGrants says. Each row makes one call on a fresh drive: a refused call
 // leaves the drive as it was, an accepted Set changes it, and a Get shows
-// (+c) or hides (-c) column c. A row without an object only signs in.
+// (+c) or hides (-c) column c.
 #include <gtest/gtest.h>
 
 #include "opalsim_testing.h"
@@ -9,10 +9,7 @@
 namespace opalsim_test {
 namespace {
 
-struct Call {
-  Uid method;
-  std::vector<Value> arguments;
-};
+struct Call { Uid method; std::vector<Value> arguments; };
 Call Set(std::initializer_list<std::pair<uint64_t, uint64_t>> columns) {
   std::vector<std::pair<uint64_t, Value>> values;
   for (auto [column, value] : columns) values.emplace_back(column, Value::UInt(value));
@@ -20,79 +17,51 @@ Call Set(std::initializer_list<std::pair<uint64_t, uint64_t>> columns) {
 }
 Call Pin(const char* pin) { return {kMethodSet, SetColumns({{column::kPin, Value::Text(pin)}})}; }
 Call Get(uint64_t first, uint64_t last) { return {kMethodGet, GetColumns(first, last)}; }
-Call Ace(const BooleanExpr& expr) { return {kMethodSet, SetColumns({{column::kBooleanExpr, EncodeBooleanExpr(expr)}})}; }
+Call Ace(const BooleanExpr& e) { return {kMethodSet, SetColumns({{column::kBooleanExpr, EncodeBooleanExpr(e)}})}; }
 
 TEST(Access, Calls) {
-  const Call kSignIn{0, {}}, kGenKey{kMethodGenKey, {}}, kLock = Set({{7, 1}, {8, 1}});
-  const Call kGrant = Ace(Expr({UserUid(1)})), kTwo = Ace(Expr({kAdmins, UserUid(1)}, {kOr}));
-  const Call kThree = Ace(Expr({kAdmins, UserUid(1), UserUid(2)}, {kOr, kOr}));
+  const Call kGenKey{kMethodGenKey, {}}, kLock = Set({{7, 1}, {8, 1}});
+  const Call kGrant = Ace({A(UserUid(1))}), kTwo = Ace({A(kAdmins), A(UserUid(1)), kOr});
+  const Call kThree = Ace({A(kAdmins), A(UserUid(1)), kOr, A(UserUid(2)), kOr});
   const char *kNoRows = "ace-rows-beyond-8 no", *kTwoOperands = "ace-operands 2";
-  const Who kUser9{kLockingSp, UserUid(9), ""};
-  struct Case {
-    const char* name;
-    Who who;
-    Uid object;
-    Call call;
-    int status, column = 0;
-    const char* setting = "";
-  } cases[] = {
-      {"disabled user with a PIN", kUser3Who, 0, kSignIn, kNotAuthorized},
-      {"user beyond the drive's users", kUser9, 0, kSignIn, kInvalidParameter},
-      {"SID in the Locking SP", {kLockingSp, kSid, "sid-pw"}, 0, kSignIn, kInvalidParameter},
-      {"SP that does not exist", {0x0000020500000009, std::nullopt, ""}, 0, kSignIn, kInvalidParameter},
+  struct Case { const char* name; Who who; Uid object; Call call; int status, column = 0; const char* setting = ""; };
+  const Case cases[] = {
       {"user locks its range", kUser1Who, RangeUid(1), kLock, 0},
       {"user on another's range", kUser1Who, RangeUid(2), kLock, kNotAuthorized},
-      {"user on the global range", kUser1Who, RangeUid(0), kLock, kNotAuthorized},
       {"user locks and enables at once", kUser1Who, RangeUid(1), Set({{5, 1}, {7, 1}, {8, 1}}), kNotAuthorized},
       {"user granted alone", kUser2Who, RangeUid(2), kLock, 0},
       {"user granted reads with the admins", kUser1Who, RangeUid(3), Set({{7, 1}}), 0},
       {"user locks writes not granted", kUser2Who, RangeUid(3), kLock, kNotAuthorized},
       {"address to Admin1 OR the user", kUser2Who, RangeUid(2), Get(3, 10), 0, 3},
-      {"address not granted", kUser1Who, RangeUid(1), Get(3, 8), 0, -3},
       {"address to admins AND NOT User1", kAdmin1Who, RangeUid(3), Get(3, 10), 0, 3},
       {"address to admins AND NOT User1, as User2", kUser2Who, RangeUid(3), Get(3, 10), 0, -3},
       {"admin locks past the users' grants", kAdmin1Who, RangeUid(1), kLock, 0},
-      {"admin enables range locking", kAdmin1Who, RangeUid(1), Set({{5, 1}, {6, 1}}), 0},
       {"admin locks the global range", kAdmin1Who, RangeUid(0), Set({{5, 1}, {6, 1}, {7, 1}, {8, 1}}), 0},
-      {"admin reads a range's key", kAdmin1Who, RangeUid(1), Get(3, 10), 0, 10},
       // Addresses beside range 1 (2048 for 4096) on a drive of 976773168 blocks.
-      {"moving over its own blocks", kAdmin1Who, RangeUid(1), Set({{3, 2056}}), 0},
       {"touching range 1", kAdmin1Who, RangeUid(2), Set({{3, 6144}, {4, 8}}), 0},
       {"overlapping range 1", kAdmin1Who, RangeUid(2), Set({{3, 6136}, {4, 16}}), kInvalidParameter},
       {"misaligned start", kAdmin1Who, RangeUid(2), Set({{3, 100001}, {4, 8}}), kInvalidParameter},
-      {"misaligned length", kAdmin1Who, RangeUid(2), Set({{3, 100000}, {4, 9}}), kInvalidParameter},
       {"up to the last block", kAdmin1Who, RangeUid(2), Set({{3, 976773160}, {4, 8}}), 0},
       {"past the last block", kAdmin1Who, RangeUid(2), Set({{3, 976773160}, {4, 16}}), kInvalidParameter},
       {"start past the drive", kAdmin1Who, RangeUid(2), Set({{3, 976773168}, {4, 8}}), kInvalidParameter},
       {"length that wraps", kAdmin1Who, RangeUid(2), Set({{3, 8}, {4, ~uint64_t{7}}}), kInvalidParameter},
       {"global range address", kAdmin1Who, RangeUid(0), Set({{4, 8}}), kInvalidParameter},
       {"admin sets MBRDone", kAdmin1Who, kMbrControl, Set({{2, 1}}), 0},
-      {"user sets MBRDone", kUser1Who, kMbrControl, Set({{2, 1}}), kNotAuthorized},
       {"user sets its own PIN", kUser1Who, CpinUserUid(1), Pin("mine"), 0},
       {"user sets another's PIN", kUser1Who, CpinUserUid(2), Pin("yours"), kNotAuthorized},
-      {"admin sets a user's PIN", kAdmin1Who, CpinUserUid(2), Pin("new"), 0},
       {"user enables another user", kUser1Who, UserUid(3), Set({{5, 1}}), kNotAuthorized},
       {"admin enables a user", kAdmin1Who, UserUid(3), Set({{5, 1}}), 0},
       {"user grants itself a range", kUser1Who, AceSetRdLockedUid(4), kGrant, kNotAuthorized},
       {"user re-keys its range", kUser1Who, Aes256KeyUid(1), kGenKey, kNotAuthorized},
-      {"admin re-keys a range", kAdmin1Who, Aes256KeyUid(1), kGenKey, 0},
       {"anybody sets the SID PIN", kAnyone, kCpinSid, Pin("mine"), kNotAuthorized},
-      {"SID sets its PIN", kSidWho, kCpinSid, Pin("other"), 0},
-      {"anybody reverts the TPer", kAnyone, kAdminSp, {kMethodRevert, {}}, kNotAuthorized},
       {"user reverts the Locking SP", kUser1Who, kThisSp, {kMethodRevertSp, {}}, kNotAuthorized},
-      {"MSID PIN to anybody", kAnyone, kCpinMsid, Get(3, 3), 0, 3},
-      {"SID PIN not to anybody", kAnyone, kCpinSid, Get(3, 3), kNotAuthorized},
       {"SID PIN not even to SID", kSidWho, kCpinSid, Get(3, 7), 0, -3},
       {"SID's try count to SID", kSidWho, kCpinSid, Get(3, 7), 0, 6},
-      {"life cycle to anybody", kAnyone, kLockingSp, Get(6, 6), 0, 6},
       {"range 17 of 16", kAdmin1Who, RangeUid(17), Set({{7, 1}}), kInvalidParameter},
       {"ACE of range 17", kAdmin1Who, AceSetRdLockedUid(17), kGrant, kInvalidParameter},
-      {"key of range 17", kAdmin1Who, Aes256KeyUid(17), kGenKey, kInvalidParameter},
-      {"user 9 of 8", kAdmin1Who, UserUid(9), Set({{5, 1}}), kInvalidParameter},
       {"unknown UID", kAdmin1Who, 0x0000ABCD00000001, Set({{1, 1}}), kInvalidParameter},
-      {"Locking SP row in the Admin SP", kSidWho, RangeUid(1), kLock, kInvalidParameter},
-      {"ACE naming user 9 of 8", kAdmin1Who, AceSetRdLockedUid(4), Ace(Expr({UserUid(9)})), kInvalidParameter},
-      {"operator without operands", kAdmin1Who, AceSetRdLockedUid(4), Ace(Expr({kAdmins}, {kOr})), kInvalidParameter},
+      {"ACE naming user 9 of 8", kAdmin1Who, AceSetRdLockedUid(4), Ace({A(UserUid(9))}), kInvalidParameter},
+      {"operator without operands", kAdmin1Who, AceSetRdLockedUid(4), Ace({A(kAdmins), kOr}), kInvalidParameter},
       {"ACE of range 9", kAdmin1Who, AceSetWrLockedUid(9), kGrant, 0},
       {"ACE of range 9, no rows beyond 8", kAdmin1Who, AceSetRdLockedUid(9), kGrant, kInvalidParameter, 0, kNoRows},
       {"ACE of range 8, no rows beyond 8", kAdmin1Who, AceSetWrLockedUid(8), kGrant, 0, 0, kNoRows},
@@ -104,30 +73,12 @@ TEST(Access, Calls) {
     SCOPED_TRACE(c.name);
     Sim sim(16);
     sim.Own().Setting(c.setting);
-    if (c.object == 0) {
-      EXPECT_EQ(Code(sim.Open(c.who)), c.status);
-      continue;
-    }
     const std::string before = opalsim::Serialize(sim.world);
     const Result<Message> reply = sim.Must(c.who)->Call(c.object, c.call.method, c.call.arguments);
     EXPECT_EQ(Code(reply), c.status);
     if (c.call.method != kMethodGet) { EXPECT_EQ(opalsim::Serialize(sim.world) == before, c.status != 0); }
     if (c.column != 0) { EXPECT_EQ(reply && Need(ColumnsOfResult(*reply)).count(std::abs(c.column)), c.column > 0); }
   }
-}
-
-// Written through the protocol, the grants leave the drive as Own does, and
-// read back as written.
-TEST(Access, GrantsAsClientsWriteThem) {
-  Sim direct, written;
-  direct.Own();
-  written.Own().drive().aces.clear();
-  auto admin = written.Must(kAdmin1Who);
-  for (const auto& [ace, expr] : kGrants) {
-    EXPECT_EQ(Code(WriteAce(*admin, ace, expr)), 0);
-    EXPECT_EQ(Need(ReadAce(*admin, ace)), expr);
-  }
-  EXPECT_EQ(opalsim::Serialize(written.world), opalsim::Serialize(direct.world));
 }
 
 }  // namespace
