@@ -99,9 +99,9 @@ TEST(LifeCycle, SignIns) {
   }
 }
 
-// What a power cycle locks in range 2, the one range listing it (set up as a
-// row says), and whether it clears MBRDone, under the settings that decide
-// them; the Level 0 Locked bit after it; and that it ends open sessions.
+// What a power cycle does to the locks of range 2 (set up as a row says, and
+// MBRDone with it), under the settings that decide them; the Level 0 Locked
+// bit after it; and that it ends open sessions.
 TEST(LifeCycle, PowerCycle) {
   // resets: range 2's LockOnReset and MBRControl's DoneOnReset.
   struct Case { const char *name, *setting; bool readEnabled, writeEnabled; std::vector<uint64_t> resets;
