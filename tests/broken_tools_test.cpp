@@ -1,18 +1,13 @@
 // Tools that misbehave: missing, not executable, silent, flooding, printing
-// endless lines, leaving the last line open, or speaking only on standard
+// lines of 100 kB, leaving the last line open, or speaking only on standard
 // error. Whatever they print is text without the phrases Veltrak looks for,
 // so each place that reads them gives its designed answer for such text, and
 // nothing hangs or corrupts memory. Numbers that Veltrak converts without a
 // guard end it through the uncaught conversion error, and nothing worse.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
-
+#include "recording_runner.h"
 #include "session_harness.h"
-#include "tool_text.h"
 
 namespace {
 
@@ -31,11 +26,6 @@ const Breakage kBreakages[] = {
     {"never ending its last line", "printf 'output cut short'", true, "output cut short"},
     {"writing only to standard error", "echo 'Invalid or unsupported disk' >&2", true, "Invalid or unsupported disk"}};
 
-void WriteScript(const Session& s, const std::string& name, const std::string& script, bool executable = true) {
-  std::ofstream(s.dir() + "/" + name) << "#!/bin/sh\n" << script << "\n";
-  if (executable) std::filesystem::permissions(s.dir() + "/" + name, std::filesystem::perms::owner_all);
-}
-
 // A script line printing text; for no text, one handing the call to ./broken.
 std::string Reply(const std::string& text) { return text.empty() ? "exec ./broken" : "printf '%s' '" + text + "'"; }
 
@@ -43,53 +33,43 @@ std::string Reply(const std::string& text) { return text.empty() ? "exec ./broke
 // standing for sedutil's commands that are not scripted; none: nothing
 // breaks), sedutil's scan script, query and range listing, the input, the
 // exit status, texts shown and texts never shown.
-struct Place { const char* broken; std::string scan, query, ranges, input; int status;
+struct Place { const char* name; const char* broken; std::string scan, query, ranges, input; int status;
                std::vector<std::string> shown, hidden = {}; };
 
 }  // namespace
 
 TEST(BrokenToolsTest, EveryBreakageAtEveryPlaceGetsTheAnswerForTextWithoutItsPhrases) {
-  const std::string scan = Reply(ScanText({{"/dev/sda", "2", "KVX 480GB", "SBFK71F3"}})), open = "11\nsecret\nY\n";
   const std::string drive = "/dev/sda    2  KVX 480GB" + std::string(32, ' ') + "SBFK71F3";
-  const std::string locked = QueryText("/dev/sda", true, true), model = " Model Name:      KVX";
-  const std::string end = "terminate called after throwing an instance of 'std::";
+  const std::string scan = Reply(drive + "\n"), open = "11\nsecret\nY\n";
+  const std::string locked = QueryText(true, true), end = "terminate called after throwing an instance of 'std::";
   const Place places[] = {
-      // The scan finds no drive.
-      {"sedutil-cli", "", "", "", "0\n", 255, {"No disks found\n"}},
-      // The flags keep their start values, and taking ownership says nothing.
-      {"broken", scan, "", "", "2\nsecret\nY\n\n0\n", 0, {" OPAL Support:    Not Support\n OPAL Enable:     Disable\n "
-       "OPAL Locked:     No\n", "   3.  Flash Lock\n", "Are you sure to use this password? (Y/N): \nEnter any key to "
-       "continue..."}, {"Enable OPAL OK", "Enable OPAL FAIL"}},
-      // Only "EndSession Failed" fails the range listing that checks the password.
-      {"broken", scan, locked, "", open + "\n0\n", 0, {"Password correct\n", "   3.  Look up Locking Range\n"}},
-      // The access listing reports the first line that is no access line, once, and stops.
-      {"Lantivo", scan, QueryText("/dev/sda", false, true), RangesText("/dev/sda", {{0, 0, 0}, {1, 2048, 4096}}),
-       open + "\n7\n\n\n\n\n0\n", 0, {"Password correct\n"}, {"\nAccess Right of"}},
-      // Scan text is read whatever stream or line end carries it, while the
-      // query breaks; a line of five columns is refused.
-      {"broken", Reply(drive + "\n") + " >&2", "", "", "0\n", 0, {model + " 480GB\n"}},
-      {"broken", Reply("/dev/sdb  2  KVX 1TB  F1  F2\n" + drive), "", "", "0\n", 0,
-       {"scan error: /dev/sdb", model + " 480GB\n"}, {"/dev/sdb\t"}},
-      {"broken", Reply("/dev/sda  2  KVX" + kHundredKiB + "  F1\n"), "", "", "0\n", 0, {model + kHundredKiB + "\n"}},
-      // Numbers converted without a guard: a range start beyond 32 bits, a
-      // length or a device number that is no number, a range name shorter
-      // than its prefix, a flags line shorter than its keys.
-      {"", scan, locked, "LR1 Begin 99999999999 for 8\n", open, 134, {end + "out_of_range'"}, {"Password correct"}},
-      {"", scan, locked, "LR1 Begin 0 for x\n", open, 134, {end + "invalid_argument'"}, {"Password correct"}},
-      {"", Reply("/dev/nvmeX  2  ZEP NV2000 1TB  2B2QEXM7\n"), "", "", "", 134, {end + "invalid_argument'"}},
-      {"", scan, locked, "L Begin 0 for 8\n", open, 134, {end + "out_of_range'"}, {"Password correct"}},
-      {"", scan, "Locking function (0x0002)\n    Locked = Y\n", "", "0\n", 134, {end + "out_of_range'"}},
+      {"the scan finds no drive", "sedutil-cli", "", "", "", "0\n", 255, {"No disks found\n"}},
+      {"the flags keep their start values, and taking ownership says nothing", "broken", scan, "", "",
+       "2\nsecret\nY\n\n0\n", 0, {" OPAL Support:    Not Support\n OPAL Enable:     Disable\n OPAL Locked:     No\n",
+       "   3.  Flash Lock\n", "Are you sure to use this password? (Y/N): \nEnter any key to continue..."},
+       {"Enable OPAL OK", "Enable OPAL FAIL"}},
+      {"only EndSession Failed fails the password's range listing", "broken", scan, locked, "", open + "\n0\n", 0,
+       {"Password correct\n", "   3.  Look up Locking Range\n"}},
+      {"the access listing reports the first line that is no access line, once, and stops", "Lantivo", scan,
+       QueryText(false, true), RangesText({{0, 0, 0}, {1, 2048, 4096}}), open + "\n7\n\n\n\n\n0\n", 0,
+       {"Password correct\n"}, {"\nAccess Right of"}},
+      // Numbers converted without a guard.
+      {"range start beyond 32 bits", "", scan, locked, "LR1 Begin 99999999999 for 8\n", open, 134,
+       {end + "out_of_range'"}, {"Password correct"}},
+      {"device number no number", "", Reply("/dev/nvmeX  2  ZEP NV2000 1TB  2B2QEXM7\n"), "", "", "", 134,
+       {end + "invalid_argument'"}},
+      {"flags line shorter than its keys", "", scan, "Locking function (0x0002)\n    Locked = Y\n", "", "0\n", 134,
+       {end + "out_of_range'"}},
   };
   for (const Place& p : places) {
     for (const Breakage& b : kBreakages) {
-      SCOPED_TRACE("place " + std::to_string(&p - places) + " (broken: " + p.broken + "), " + b.name);
+      SCOPED_TRACE(std::string(p.name) + " (broken: " + p.broken + "), " + b.name);
       Session s;
       if (p.broken != std::string("sedutil-cli")) {
-        WriteScript(s, "sedutil-cli",
-                    "case \"$2\" in\n--scan) " + p.scan + ";;\n--query) " + Reply(p.query) +
-                        ";;\n--listLockingRanges) " + Reply(p.ranges) + ";;\n*) exec ./broken;;\nesac");
+        s.Write("sedutil-cli", "#!/bin/sh\ncase \"$2\" in\n--scan) " + p.scan + ";;\n--query) " + Reply(p.query) +
+                                   ";;\n--listLockingRanges) " + Reply(p.ranges) + ";;\n*) exec ./broken;;\nesac\n", true);
       }
-      if (*p.broken && b.script) WriteScript(s, p.broken, b.script, b.executable);
+      if (*p.broken && b.script) s.Write(p.broken, "#!/bin/sh\n" + std::string(b.script) + "\n", b.executable);
       s.Run(p.input);
       std::vector<std::string> shown = p.shown, hidden = p.hidden;
       hidden.insert(hidden.end(), {"Sanitizer", "runtime error:"});

@@ -1,5 +1,5 @@
-// Standard input and output of in-process code: a scripted standard input
-// for code that asks or pauses, and the capture of what it prints.
+// Standard input and output of in-process code: the keys typed to code that
+// asks or pauses, and the capture of what it prints.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,54 +7,31 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <string>
 
-class ScopedStdin {
- public:
-  explicit ScopedStdin(const std::string& text) : saved_(dup(fileno(stdin))) {
-    std::FILE* file = std::tmpfile();
-    std::fputs(text.c_str(), file);
-    std::rewind(file);
-    dup2(fileno(file), fileno(stdin));
-    std::fclose(file);
-    std::clearerr(stdin);
-    std::cin.clear();
-  }
-  // Unread input is drained first, so that what stdio buffered cannot leak
-  // into the next reader.
-  ~ScopedStdin() {
-    while (std::fgetc(stdin) != EOF) {
-    }
-    dup2(saved_, fileno(stdin));
-    close(saved_);
-    std::clearerr(stdin);
-    std::cin.clear();
-  }
-  ScopedStdin(const ScopedStdin&) = delete;
-  ScopedStdin& operator=(const ScopedStdin&) = delete;
+// Makes text the whole of standard input; reopening drops whatever stdio
+// kept of the text before.
+inline void Type(const std::string& text) {
+  const std::string path = "/tmp/veltrak-keys-" + std::to_string(getpid());
+  std::ofstream(path, std::ios::binary) << text;
+  if (std::freopen(path.c_str(), "r", stdin) == nullptr) std::abort();
+  std::remove(path.c_str());
+  std::cin.clear();
+}
 
- private:
-  int saved_;
-};
-
-// The program ends itself at the end of input. In-process code that reached
-// it would end the test binary with status 0 as if its tests had passed, so
-// an exit before the tests are done fails instead.
-class PrematureExitGuard : public testing::Environment {
- public:
+// Code under test that met the end of input would end the test binary with
+// status 0 as if its tests had passed, so an exit before they are done fails.
+struct PrematureExitGuard : testing::Environment {
+  static inline bool done = false;
   void SetUp() override {
     std::atexit([] {
-      if (done) return;
-      std::fputs("the tests ended before they were done: did code under test meet the end of input?\n", stderr);
-      std::_Exit(1);
+      if (!done) std::fputs("the tests ended before they were done: end of input?\n", stderr), std::_Exit(1);
     });
   }
   void TearDown() override { done = true; }
-
- private:
-  static inline bool done = false;
 };
 inline testing::Environment* const kPrematureExitGuard = testing::AddGlobalTestEnvironment(new PrematureExitGuard);
 

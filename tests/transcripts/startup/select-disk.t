@@ -1,49 +1,20 @@
-# Action 1 lists the drives and switches to the one chosen; 2 (the drive
-# count), -1 and a number beyond int keep the current drive, and the failed
-# read of the last one ends the program at the next action prompt.
---- tool sedutil-cli -n --scan
-Scanning for Opal compliant disks
-/dev/sda    2  KVX 480GB                                SBFK71F3
-/dev/nvme0  2  ZEP NV2000 1TB                           2B2QEXM7
-No more disks present ending scan
---- use query-disabled
---- tool sedutil-cli -n --query /dev/nvme0
-Locking function (0x0002)
-    Locked = N, LockingEnabled = Y, LockingSupported = Y, MBRDone = N, MBREnabled = N, MediaEncrypt = Y
+# The drive list and its selection: a drive without Opal is never queried
+# and offers only 0 and 1. A word selects the first drive, and its failed
+# read ends the program at the next action prompt.
+--- use no-opal-and-locked
 --- input
-1
-1
-1
-2
-1
--1
-1
-99999999999
+1 1
+1 xyz
 --- screen
-/dev/sda	KVX 480GB	SBFK71F3		2
+$ sedutil-cli -n --scan
+/dev/sda	KVX HDD	CC45		 No
 /dev/nvme0	ZEP NV2000 1TB	 2B2QEXM7		2
-[menu /dev/sda: 0 1 2 3]
+[unqueried menu /dev/sda: 0 1]
  * Disk list:
-    0. /dev/sda, KVX 480GB
+    0. /dev/sda, KVX HDD
     1. /dev/nvme0, ZEP NV2000 1TB
 Select a disk by number: [menu /dev/nvme0: 0 1 11 17]
  * Disk list:
-    0. /dev/sda, KVX 480GB
+    0. /dev/sda, KVX HDD
     1. /dev/nvme0, ZEP NV2000 1TB
-Select a disk by number: [menu /dev/nvme0: 0 1 11 17]
- * Disk list:
-    0. /dev/sda, KVX 480GB
-    1. /dev/nvme0, ZEP NV2000 1TB
-Select a disk by number: [menu /dev/nvme0: 0 1 11 17]
- * Disk list:
-    0. /dev/sda, KVX 480GB
-    1. /dev/nvme0, ZEP NV2000 1TB
-Select a disk by number: [menu /dev/nvme0: 0 1 11 17]
---- calls
-sedutil-cli -n --scan
-sedutil-cli -n --query /dev/sda
-sedutil-cli -n --query /dev/nvme0
-sedutil-cli -n --query /dev/nvme0
-sedutil-cli -n --query /dev/nvme0
-sedutil-cli -n --query /dev/nvme0
---- status 0
+Select a disk by number: [unqueried menu /dev/sda: 0 1]
