@@ -69,8 +69,8 @@ struct Sim {
   }
   // As clients leave a drive: SID's PIN "sid-pw", the Locking SP active,
   // User1 and User2 enabled (User3 has a PIN but stays disabled), kGrants
-  // written as clients write them, and range 1 at 2048 for 4096 blocks and
-  // read-locked, so that both locking and unlocking it change the drive.
+  // written as clients write them, and range 1 at 2048 for 4096 blocks,
+  // read-locked.
   Sim& Own() {
     drive().sid.pin = B(kSidWho.password);
     opalsim::Activate(drive());
