@@ -45,9 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t length = std::min<size_t>(size - at - 3, size_t{data[at + 1]} << 8 | data[at + 2]);
     const Bytes bytes(data + at + 3, data + at + 3 + length);
     at += 3 + length;
-    const bool inSession = op == 2 && !connection.sessions.empty();
-    const ComPacket packet{0x1000, 0, 0, 0, inSession ? connection.sessions.back().tsn : 0,
-                           inSession ? connection.sessions.back().hsn : 0, 0, 0, false, bytes};
+    const auto last = op == 2 && !connection.sessions.empty() ? connection.sessions.back() : opalsim::OpenSession{};
+    const ComPacket packet{0x1000, 0, 0, 0, last.tsn, last.hsn, 0, 0, false, bytes};
     const Bytes sent = op == 0 ? bytes : PadToBlock(Frame(packet));
     if (op != 3) Require(opalsim::TperSend(drive, connection, owned.mbr, kProtocolTcg, 0x1000, sent));
     Receive(drive, connection, op == 3 ? length * 16 : 2048);

@@ -61,9 +61,10 @@ TEST(Wire, Answers) {
        "F0 F0 F2 04 08 F3 F1 F1" + ok},
       {"Locking SP life cycle", &kAnyone, "F8 A8 00 00 02 05 00*3 02 " + on + "16 F0 F0 F2 03 06 F3 F2 04 06 F3 F1 F1" +
        ok, "F0 F0 F2 06 09 F3 F1 F1" + ok},
-      {"an ACE's expression, one operand", &kAdmin1Who,
-       "F8 A8 00 00 00 08 00 03 E0 02 " + on + "16 F0 F0 F2 03 03 F3 F2 04 03 F3 F1 F1" + ok,
-       "F0 F0 F2 03 F0 F2 A4 00 00 0C 05 A8 00 00 00 09 00 03 00 02 F3 F1 F3 F1 F1" + ok},
+      {"an ACE's expression, User1 OR User1", &kAdmin1Who,
+       "F8 A8 00 00 00 08 00 03 E0 01 " + on + "16 F0 F0 F2 03 03 F3 F2 04 03 F3 F1 F1" + ok,
+       "F0 F0 F2 03 F0 F2 A4 00 00 0C 05 A8 00*3 09 00 03 00 01 F3 F2 A4 00 00 0C 05 A8 00*3 09 00 03 00 01 F3 "
+       "F2 A4 00 00 04 0E 01 F3 F1 F3 F1 F1" + ok},
       {"GetACL of range 1's Set", &kLocking, "F8 A8 00 00 00 07 00*4 " + on + "0D F0 A8 00 00 08 02 00 03 00 01 " + on +
        "17 F1" + ok, "F0 F0 A8 00 00 00 08 00 03 F0 01 A8 00 00 00 08 00 03 E0 01 A8 00*3 08 00 03 E8 01 F1 F1" + ok},
       {"end of session", &kSidWho, "FA", "FA"},
