@@ -60,11 +60,9 @@ struct Sim {
   }
   std::unique_ptr<Session> Must(const Who& who) { return Need(Open(who)); }
   // A setting as the admin command takes it ("try-limit 3"); none when empty.
-  Sim& Setting(const std::string& setting) {
-    std::string name = setting.substr(0, setting.find(' ')), reason;
-    if (setting.empty() || opalsim::ApplySetting(drive().settings, name, setting.substr(name.size() + 1), reason)) {
-      return *this;
-    }
+  Sim& Setting(const std::string& s) {
+    std::string name = s.substr(0, s.find(' ')), reason;
+    if (s.empty() || opalsim::ApplySetting(drive().settings, name, s.substr(name.size() + 1), reason)) return *this;
     throw std::runtime_error(reason);
   }
   // As clients leave a drive: SID's PIN "sid-pw", the Locking SP active,

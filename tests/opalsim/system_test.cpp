@@ -61,6 +61,7 @@ TEST(System, Session) {
   const Case cases[] = {
       {"$A --help", 0, "usage: opalsim VERB"},
       {"$A", 2, "usage: opalsim VERB"},
+      {"env -u OPALSIM_STATE $A show", 2, "set OPALSIM_STATE"},
       {"$A init && $A show", 0, "host allow-tpm 1, real disks shown"},
       {"$A add /dev/nvme0 ZEP 2B2QEXM7 PSID1 --users 2 && $A show /dev/nvme0n1", 0, "8 ranges, 2 users"},
       {"$A add /dev/sdb 'KVX 480GB' SBFK71F3 PSID2 --ranges 4", 0, ""},
