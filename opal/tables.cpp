@@ -80,7 +80,8 @@ Status RevertLockingSp(Session& session, bool keepGlobalRangeKey) {
 
 Status RevertTper(Session& session) {
   Status done = Invoke(session, kAdminSp, kMethodRevert);
-  // The drive closes the session after a Revert whatever its outcome.
+  // A Revert that succeeds ends the session on the drive; after one refused, nothing more is sent in it either, and
+  // the drive times it out.
   session.ClosedByDrive();
   return done;
 }

@@ -12,8 +12,9 @@
 
 namespace opal {
 
-// Each transfer's time limit, for the kernel to enforce.
-constexpr uint32_t kTransferTimeoutMs = 20000;
+// Each transfer's time limit, for the kernel to enforce: a minute, since a Revert or GenKey may keep a drive busy
+// for seconds, and a transfer aborted mid-erase leaves the operator not knowing what the drive did.
+constexpr uint32_t kTransferTimeoutMs = 60000;
 
 enum class DeviceKind { kNvme, kSata, kUnknown };
 // /dev/nvme... is NVMe (controller or namespace node), /dev/s... SATA.

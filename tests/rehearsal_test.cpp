@@ -82,17 +82,24 @@ TEST(Rehearsal, VeltrakTakesADriveFromTheFactoryThroughEveryActionToPsidErase) {
 
 // A power cycle locks what LockOnReset says and clears MBRDone: the next boot
 // shows an empty shadow MBR after taking ownership, the flash image after a
-// flash lock.
+// flash lock. The global range locked at power-up makes the drive refuse the
+// revert that keeps its data, so the TPer revert after it erases everything,
+// unless the range is unlocked first (action 4, range 0, mode 1).
 TEST(Rehearsal, APowerCycleShowsWhatTheNextBootSees) {
   const EmulatedWorld world;
   Session(world, kSda + "2\npw1\ny\n\n0\n");
   ASSERT_EQ(0, world.Run("./opalsim power-cycle /dev/sda").status);
   EXPECT_EQ("MBR Enable Y, Done N, DoneOnReset 0, 0 bytes written\n", Shown(world, "/dev/sda", "MBR"));
+  std::string before = world.Shown("/dev/sda", kLr);
   Session(world, kLogIn + "16\ny\n\n" + "3\ny\n\n");
+  EXPECT_EQ("012345678", Rekeyed(before, world.Shown("/dev/sda", kLr)));
   ASSERT_EQ(0, world.Run("./opalsim power-cycle").status);
   EXPECT_EQ("Locked Y\nMBR Enable Y, Done N, DoneOnReset 0, 524288 bytes written\n",
             Shown(world, "/dev/sda", "Locked MBR"));
   EXPECT_NE(std::string::npos, Session(world, kSda + "0\n").find(" OPAL Locked:     Yes"));
+  before = world.Shown("/dev/sda", kLr);
+  Session(world, kSda + "11\n4C4C4544004235108051B4C04F384E32\ny\n\n4\n0\n1\n1\n\n16\ny\n\n0\n");
+  EXPECT_EQ("12345678", Rekeyed(before, world.Shown("/dev/sda", kLr)));
 }
 
 // After the try limit even the right password is refused until a power
