@@ -3,6 +3,7 @@
 // the listing asked for); every failure goes to standard error in words that
 // never hold it, and the exit status is 0 only on success.
 #include <algorithm>
+#include <functional>
 #include <ostream>
 
 #include "command_table.h"
@@ -104,6 +105,28 @@ SessionPtr LockingSession(Call& call, Drive& drive, const Principal& who, const 
 
 const Principal kAdmin1 = {opal::kAdmin1, opal::kCpinAdmin1};
 
+// What a command does in its session; 0, or the exit status after its failure line.
+using SessionWork = std::function<int(Drive&, opal::Session&)>;
+// What a command checks of the drive before it signs in; the same.
+using DriveCheck = std::function<int(const Drive&)>;
+
+// Opens the device as an Opal drive, checks it, signs in to the Locking SP as
+// who and does the work; the session ends only when the work succeeded (a
+// refused call leaves it to the drive). Returns the first step's failure.
+int InLockingSession(Call& call, const std::string& path, const Principal& who, const std::string& password,
+                     const SessionWork& work, const DriveCheck& check = nullptr) {
+  std::unique_ptr<Drive> drive = OpenOpal(call, path);
+  if (!drive) return kNoDrive;
+  if (check) {
+    if (int status = check(*drive); status != 0) return status;
+  }
+  SessionPtr session = LockingSession(call, *drive, who, password);
+  if (!session) return kFailed;
+  if (int status = work(*drive, *session); status != 0) return status;
+  session->End();
+  return 0;
+}
+
 // A refused call on a range: why, and whether the range exists at all.
 int RangeRefused(Call& call, Drive& drive, opal::Session& session, unsigned range, const std::string& step,
                  const opal::Error& error) {
@@ -135,10 +158,6 @@ int SwitchLocking(Call& call, bool enable) {
   if (!range) return kUsage;
   const std::optional<LockKinds> kinds = KindsOperand(call, call.operands[2]);
   if (!kinds) return kUsage;
-  std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[3]);
-  if (!drive) return kNoDrive;
-  SessionPtr session = LockingSession(call, *drive, kAdmin1, call.operands[1]);
-  if (!session) return kFailed;
   std::vector<std::pair<uint64_t, opal::Value>> columns;
   std::string done;
   const std::string flag = enable ? " = Y" : " = N";
@@ -150,11 +169,13 @@ int SwitchLocking(Call& call, bool enable) {
     columns.push_back({opal::column::kWriteLockEnabled, opal::Value::Bool(enable)});
     done += std::string(done.empty() ? "" : ", ") + "WriteLockEnabled" + flag;
   }
-  opal::Status set = session->Set(opal::RangeUid(*range), columns);
-  if (!set) return RangeRefused(call, *drive, *session, *range, "changing the lock switches", set.error());
-  session->End();
-  Out(call, "Locking Range " + std::to_string(*range) + ": " + done + ": success");
-  return 0;
+  const int status =
+      InLockingSession(call, call.operands[3], kAdmin1, call.operands[1], [&](Drive& drive, opal::Session& session) {
+        opal::Status set = session.Set(opal::RangeUid(*range), columns);
+        return set ? 0 : RangeRefused(call, drive, session, *range, "changing the lock switches", set.error());
+      });
+  if (status == 0) Out(call, "Locking Range " + std::to_string(*range) + ": " + done + ": success");
+  return status;
 }
 
 int EnableLockingRange(Call& call) { return SwitchLocking(call, true); }
@@ -175,17 +196,19 @@ int SetLockingRange(Call& call) {
     if (!named) return Fail(call, "the last operand must name Admin1 or a user, e.g. User2", kUsage);
     who = *named;
   }
-  std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[4]);
-  if (!drive) return kNoDrive;
-  SessionPtr session = LockingSession(call, *drive, who, call.operands[3]);
-  if (!session) return kFailed;
-  opal::Status set = session->Set(opal::RangeUid(*range), {{opal::column::kReadLocked, opal::Value::Bool(*readLocked)},
-                                                           {opal::column::kWriteLocked, opal::Value::Bool(*writeLocked)}});
-  if (!set) return RangeRefused(call, *drive, *session, *range, "locking or unlocking", set.error());
-  session->End();
-  Out(call, "Locking Range " + std::to_string(*range) + ": ReadLocked = " + (*readLocked ? "Y" : "N") +
-                ", WriteLocked = " + (*writeLocked ? "Y" : "N") + " as " + AuthorityName(who.authority) + ": success");
-  return 0;
+  const int status =
+      InLockingSession(call, call.operands[4], who, call.operands[3], [&](Drive& drive, opal::Session& session) {
+        opal::Status set =
+            session.Set(opal::RangeUid(*range), {{opal::column::kReadLocked, opal::Value::Bool(*readLocked)},
+                                                 {opal::column::kWriteLocked, opal::Value::Bool(*writeLocked)}});
+        return set ? 0 : RangeRefused(call, drive, session, *range, "locking or unlocking", set.error());
+      });
+  if (status == 0) {
+    Out(call, "Locking Range " + std::to_string(*range) + ": ReadLocked = " + (*readLocked ? "Y" : "N") +
+                  ", WriteLocked = " + (*writeLocked ? "Y" : "N") + " as " + AuthorityName(who.authority) +
+                  ": success");
+  }
+  return status;
 }
 
 // The two ACEs that decide who may set a range's read and write lock.
@@ -194,6 +217,20 @@ struct LockAce {
   Uid (*uid)(unsigned);
 };
 const LockAce kLockAces[] = {{"read-lock", opal::AceSetRdLockedUid}, {"write-lock", opal::AceSetWrLockedUid}};
+
+// Reads the range's lock ACEs, in kLockAces' order, into expressions.
+int ReadLockAces(Call& call, Drive& drive, opal::Session& session, unsigned range,
+                 std::vector<opal::BooleanExpr>& expressions) {
+  for (const LockAce& ace : kLockAces) {
+    opal::Result<opal::BooleanExpr> expr = opal::ReadAce(session, ace.uid(range));
+    if (!expr) {
+      return RangeRefused(call, drive, session, range, std::string("reading the ") + ace.what + " access entry",
+                          expr.error());
+    }
+    expressions.push_back(*expr);
+  }
+  return 0;
+}
 
 // Writes expressions[i] into the range's lock ACEs in order; on a failure
 // says which were written.
@@ -228,99 +265,99 @@ int AddAce(Call& call) {
     }
     users.push_back(user->authority);
   }
-  std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[0]);
-  if (!drive) return kNoDrive;
-  const unsigned userCount = drive->discovery.opal2 ? drive->discovery.opal2->lockingUsers : 0;
-  for (Uid user : users) {
-    if (userCount > 0 && user - opal::kUsers > userCount) {
-      return Fail(call, drive->path + " has no " + AuthorityName(user) + ": its users are User1 to User" +
-                            std::to_string(userCount));
+  const DriveCheck hasUsers = [&](const Drive& drive) {
+    const unsigned userCount = drive.discovery.opal2 ? drive.discovery.opal2->lockingUsers : 0;
+    for (Uid user : users) {
+      if (userCount > 0 && user - opal::kUsers > userCount) {
+        return Fail(call, drive.path + " has no " + AuthorityName(user) + ": its users are User1 to User" +
+                              std::to_string(userCount));
+      }
     }
-  }
-  SessionPtr session = LockingSession(call, *drive, kAdmin1, call.operands[1]);
-  if (!session) return kFailed;
-  // Both entries are read and checked before either is written.
-  std::vector<std::optional<opal::BooleanExpr>> changes(2);
+    return 0;
+  };
   opal::BooleanExpr readLockAfter;
-  for (size_t i = 0; i < 2; ++i) {
-    opal::Result<opal::BooleanExpr> current = opal::ReadAce(*session, kLockAces[i].uid(*range));
-    if (!current) {
-      return RangeRefused(call, *drive, *session, *range, std::string("reading the ") + kLockAces[i].what + " access entry",
-                          current.error());
-    }
-    opal::Result<std::vector<Uid>> listed = opal::AuthoritiesOfAnyOf(*current);
-    if (!listed) {
-      return Fail(call, drive->path + ": the " + kLockAces[i].what + " access entry of range " + std::to_string(*range) +
-                            " reads \"" + lantivo::Describe(*current) +
-                            "\", which is not a plain list of alternatives; nothing was changed (clear it with "
-                            "--Delete_AllUser_ACE_Locking_range first)");
-    }
-    opal::BooleanExpr granted = lantivo::Granted(*listed, users);
-    if (granted != *current) changes[i] = granted;
-    if (i == 0) readLockAfter = granted;
+  const int status = InLockingSession(
+      call, call.operands[0], kAdmin1, call.operands[1],
+      [&](Drive& drive, opal::Session& session) {
+        // Both entries are read and checked before either is written.
+        std::vector<opal::BooleanExpr> current;
+        if (int status = ReadLockAces(call, drive, session, *range, current); status != 0) return status;
+        std::vector<std::optional<opal::BooleanExpr>> changes(2);
+        for (size_t i = 0; i < 2; ++i) {
+          opal::Result<std::vector<Uid>> listed = opal::AuthoritiesOfAnyOf(current[i]);
+          if (!listed) {
+            return Fail(call, drive.path + ": the " + kLockAces[i].what + " access entry of range " +
+                                  std::to_string(*range) + " reads \"" + lantivo::Describe(current[i]) +
+                                  "\", which is not a plain list of alternatives; nothing was changed (clear it with "
+                                  "--Delete_AllUser_ACE_Locking_range first)");
+          }
+          opal::BooleanExpr granted = lantivo::Granted(*listed, users);
+          if (granted != current[i]) changes[i] = granted;
+          if (i == 0) readLockAfter = granted;
+        }
+        return WriteLockAces(call, drive, session, *range, changes);
+      },
+      hasUsers);
+  if (status == 0) {
+    Out(call, "Locking Range " + std::to_string(*range) + ": may be locked and unlocked by " +
+                  lantivo::Describe(readLockAfter) + ": success");
   }
-  if (int status = WriteLockAces(call, *drive, *session, *range, changes); status != 0) return status;
-  session->End();
-  Out(call, "Locking Range " + std::to_string(*range) + ": may be locked and unlocked by " +
-                lantivo::Describe(readLockAfter) + ": success");
-  return 0;
+  return status;
 }
 
 // D P I: leaves range I's locks to the administrators alone.
 int DeleteAllUserAce(Call& call) {
   const std::optional<unsigned> range = RangeOperand(call, call.operands[2]);
   if (!range) return kUsage;
-  std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[0]);
-  if (!drive) return kNoDrive;
-  SessionPtr session = LockingSession(call, *drive, kAdmin1, call.operands[1]);
-  if (!session) return kFailed;
   const opal::BooleanExpr adminsOnly = opal::AnyOf({opal::kAdmins});
-  if (int status = WriteLockAces(call, *drive, *session, *range, {adminsOnly, adminsOnly}); status != 0) return status;
-  session->End();
-  Out(call, "Locking Range " + std::to_string(*range) + ": users removed, only the administrators may lock it: success");
-  return 0;
+  const int status =
+      InLockingSession(call, call.operands[0], kAdmin1, call.operands[1], [&](Drive& drive, opal::Session& session) {
+        return WriteLockAces(call, drive, session, *range, {adminsOnly, adminsOnly});
+      });
+  if (status == 0) {
+    Out(call,
+        "Locking Range " + std::to_string(*range) + ": users removed, only the administrators may lock it: success");
+  }
+  return status;
 }
 
 // D P I: one line naming who may lock range I, Admin1 first.
 int ListUserAce(Call& call) {
   const std::optional<unsigned> range = RangeOperand(call, call.operands[2]);
   if (!range) return kUsage;
-  std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[0]);
-  if (!drive) return kNoDrive;
-  SessionPtr session = LockingSession(call, *drive, kAdmin1, call.operands[1]);
-  if (!session) return kFailed;
   std::vector<opal::BooleanExpr> expressions;
-  for (const LockAce& ace : kLockAces) {
-    opal::Result<opal::BooleanExpr> expr = opal::ReadAce(*session, ace.uid(*range));
-    if (!expr) {
-      return RangeRefused(call, *drive, *session, *range, std::string("reading the ") + ace.what + " access entry",
-                          expr.error());
-    }
-    expressions.push_back(*expr);
-  }
-  session->End();
-  Out(call, lantivo::AccessLine(*range, expressions[0], expressions[1]));
-  return 0;
+  const int status = InLockingSession(
+      call, call.operands[0], kAdmin1, call.operands[1],
+      [&](Drive& drive, opal::Session& session) { return ReadLockAces(call, drive, session, *range, expressions); });
+  if (status == 0) Out(call, lantivo::AccessLine(*range, expressions[0], expressions[1]));
+  return status;
 }
 
 // P D (the password first): whether each user of the drive is enabled.
 int ListUserStatus(Call& call) {
-  std::unique_ptr<Drive> drive = OpenOpal(call, call.operands[1]);
-  if (!drive) return kNoDrive;
-  const unsigned userCount = drive->discovery.opal2 ? drive->discovery.opal2->lockingUsers : 0;
-  if (userCount == 0) return Fail(call, drive->path + " does not say how many users it has (no Opal 2 feature)");
-  SessionPtr session = LockingSession(call, *drive, kAdmin1, call.operands[0]);
-  if (!session) return kFailed;
+  unsigned userCount = 0;
+  const DriveCheck countsUsers = [&](const Drive& drive) {
+    userCount = drive.discovery.opal2 ? drive.discovery.opal2->lockingUsers : 0;
+    return userCount > 0 ? 0 : Fail(call, drive.path + " does not say how many users it has (no Opal 2 feature)");
+  };
   std::vector<bool> enabled;
-  for (unsigned user = 1; user <= userCount; ++user) {
-    opal::Result<bool> on = opal::ReadEnabled(*session, opal::UserUid(user));
-    if (!on) return Fail(call, drive->path + ": reading whether User" + std::to_string(user) + " is enabled failed: " +
-                                   StatusWords(on.error()));
-    enabled.push_back(*on);
-  }
-  session->End();
-  for (unsigned user = 1; user <= userCount; ++user) Out(call, lantivo::UserStatusLine(user, enabled[user - 1]));
-  return 0;
+  const int status = InLockingSession(
+      call, call.operands[1], kAdmin1, call.operands[0],
+      [&](Drive& drive, opal::Session& session) {
+        for (unsigned user = 1; user <= userCount; ++user) {
+          opal::Result<bool> on = opal::ReadEnabled(session, opal::UserUid(user));
+          if (!on) {
+            return Fail(call, drive.path + ": reading whether User" + std::to_string(user) +
+                                  " is enabled failed: " + StatusWords(on.error()));
+          }
+          enabled.push_back(*on);
+        }
+        return 0;
+      },
+      countsUsers);
+  for (unsigned user = 1; status == 0 && user <= userCount; ++user)
+    Out(call, lantivo::UserStatusLine(user, enabled[user - 1]));
+  return status;
 }
 
 const Command<Call> kCommands[] = {
